@@ -1,0 +1,163 @@
+#include "config/config_writer.h"
+
+#include "config/config_lines.h"
+#include "frame/line_reader.h"
+#include "frame/messages.h"
+#include "frame/paths.h"
+#include "frame/replace_file.h"
+#include "hwdb/pointer_devices.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <string_view>
+
+static constexpr std::string_view WRITER_SECTION_START = "Driver";
+static constexpr int WRITER_PACKED_DEPTH = 24; // bits per pixel that the server must be told of
+
+// The words of a mode line, in the order in which they are written.
+struct FlagWord {
+    std::uint32_t flag;
+    const char *word;
+};
+static constexpr std::array<FlagWord, 8> WRITER_FLAG_WORDS = {{
+    {MODE_INTERLACE, "Interlace "},
+    {MODE_NHSYNC, "NHsync "},
+    {MODE_PHSYNC, "PHsync "},
+    {MODE_NVSYNC, "NVsync "},
+    {MODE_PVSYNC, "PVsync "},
+    {MODE_DOUBLE_SCAN, "DoubleScan "},
+    {MODE_COMPOSITE_SYNC, "CompositeSync "},
+    {MODE_SYNC_ON_GREEN, "SyncOnGreen "},
+}};
+
+// Creates the temporary file anew: what an interrupted run left there may be a second name of the
+// configuration itself and must not be written into.
+static File createTemporary() {
+    unlink(CONFIG_TEMP_PATH);
+    const int descriptor =
+        open(CONFIG_TEMP_PATH, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    File file(descriptor < 0 ? nullptr : fdopen(descriptor, "w"));
+    if (!file)
+        fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
+    return file;
+}
+
+// Closes the finished file; nothing of it may be missing when the old one is replaced.
+static void closeTemporary(File file) {
+    const bool flushed = std::fflush(file.get()) == 0 && !std::ferror(file.get());
+    const bool synced = flushed && fsync(fileno(file.get())) == 0;
+    if (std::fclose(file.release()) != 0 || !synced)
+        fatalError("Cannot write new Xconfig %s\n", CONFIG_TEMP_PATH);
+}
+
+void writeConfig() {
+    File out = createTemporary();
+    const std::string source = templateUsed ? TEMPLATE_PATH : configPath;
+    writeGlobalLines(out.get());
+    for (int index = 0; index < screenCount; index++) {
+        const ScreenConfig &screen = screens[index];
+        if (screen.unchanged)
+            copyScreenSection(index, source, out.get());
+        else
+            writeScreenSection(out.get(), screen);
+    }
+    closeTemporary(std::move(out));
+    if (!replaceFile(CONFIG_TEMP_PATH, configPath))
+        fatalError("Cannot install new Xconfig %s\n", configPath.c_str());
+}
+
+static void writeText(std::FILE *out, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), out);
+}
+
+static void writePointerLines(std::FILE *out, const PointerDevice &pointer) {
+    std::fprintf(out, "Mouse %s", pointer.type.c_str());
+    if (pointer.device)
+        std::fprintf(out, " %s", pointer.device->c_str());
+    std::fprintf(out, "\n");
+    if (pointer.buttons > 0)
+        std::fprintf(out, "Buttons %d\n", pointer.buttons);
+}
+
+static void writeSlot(std::FILE *out, const ConfigLine &line) {
+    if (line.state == LineState::Commented)
+        writeText(out, "# ");
+    writeText(out, line.keyword);
+    writeText(out, " ");
+    writeText(out, line.value.value_or(""));
+    writeText(out, "\n");
+}
+
+void writeGlobalLines(std::FILE *out) {
+    for (const ConfigLine *line = configLines; line; line = line->next) {
+        if (line->keyword == "Mouse" && line->state == LineState::Active && currentPointer)
+            writePointerLines(out, *currentPointer);
+        else if (line->keyword != "Buttons" && line->state != LineState::Absent)
+            writeSlot(out, *line);
+    }
+    writeText(out, "\n\n\n");
+}
+
+void copyScreenSection(int index, const std::string &source, std::FILE *out) {
+    auto reader = openLines(source, CONFIG_PIECE_MAX);
+    if (!reader)
+        fatalError("failed to open file %s\n", source.c_str());
+    int number = -1; // of the section that is being read
+    std::string_view piece;
+    while (number <= index && readPiece(*reader, piece)) {
+        if (piece.starts_with(WRITER_SECTION_START))
+            number++;
+        if (number == index)
+            writeText(out, piece);
+    }
+}
+
+// Copies the template of the screen section, which ends where the modes of the entry begin.
+static void copyTemplate(std::FILE *out, const CardEntry &card) {
+    const std::string path = displayConfigPath(card.cardClass);
+    auto reader = openLines(path, DISPLAY_PIECE_MAX);
+    if (!reader)
+        fatalError("Can't open DisplayConfig entry %s\n", path.c_str());
+    std::string_view piece;
+    while (readPiece(*reader, piece) && !piece.starts_with(DISPLAY_MODES)) {
+        const bool startsSection = piece.starts_with(CONFIG_SECTION_START);
+        writeText(out, startsSection ? "\n\n" : "");
+        writeText(out, piece);
+        if (startsSection)
+            std::fprintf(out, "Card %s\n", card.name.c_str());
+    }
+}
+
+static void writeExtraLines(std::FILE *out, const std::vector<std::string> &lines) {
+    for (const std::string &line : lines)
+        std::fprintf(out, "%s\n", line.c_str());
+}
+
+static void writeModeLine(std::FILE *out, const VideoMode &mode) {
+    std::fprintf(out, "\"%s\" %1.1f ", mode.name.c_str(), static_cast<double>(mode.clock));
+    if (mode.timingRef)
+        std::fprintf(out, "0 0 0 0 0 0 0 0 ");
+    else
+        std::fprintf(out, "%d %d %d %d %d %d %d %d ", mode.hDisplay, mode.hSyncStart, mode.hSyncEnd,
+                     mode.hTotal, mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal);
+    for (const FlagWord &entry : WRITER_FLAG_WORDS)
+        std::fprintf(out, "%s", mode.flags & entry.flag ? entry.word : "");
+    std::fprintf(out, "\n");
+}
+
+void writeScreenSection(std::FILE *out, const ScreenConfig &screen) {
+    const auto modes = selectedModes(screen.modes, screen.selection);
+    copyTemplate(out, *screen.card);
+    writeExtraLines(out, screen.card->extraLines);
+    writeExtraLines(out, modes.front()->extraLines);
+    std::fprintf(out, "Virtual %d %d\n", screen.virtualWidth, screen.virtualHeight);
+    std::fprintf(out, "Depth %d\n\n", screen.depth);
+    if (screen.depth == WRITER_PACKED_DEPTH)
+        std::fprintf(out, "BitsPerPixel 24\n\n");
+    std::fprintf(out, "Modes \n");
+    for (const VideoMode *mode : modes)
+        writeModeLine(out, *mode);
+    std::fprintf(out, "\n\n");
+}

@@ -1,0 +1,101 @@
+#include "config/font_path.h"
+
+#include "frame/messages.h"
+#include "frame/paths.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+
+static constexpr std::size_t FONT_PATH_MAX = 1023; // bytes of the path of a "fonts.dir" file
+static constexpr std::array<std::string_view, 3> FONT_PREFERRED = {"misc", "75dpi", "100dpi"};
+
+struct CloseDirectory {
+    void operator()(DIR *directory) const { closedir(directory); }
+};
+
+// While it lives, exhausted memory is an exception and not the end of the process.
+struct AllocationGuard {
+    std::new_handler previous = std::set_new_handler(nullptr);
+    AllocationGuard() = default;
+    AllocationGuard(const AllocationGuard &) = delete;
+    AllocationGuard &operator=(const AllocationGuard &) = delete;
+    ~AllocationGuard() { std::set_new_handler(previous); }
+};
+
+std::optional<std::string> findFontPath() {
+    const AllocationGuard guard;
+    try {
+        std::vector<FontElement> table;
+        for (const char *candidate : FONT_DIRECTORIES)
+            scanFontDirectory(candidate, table);
+        auto joined = joinFontPath(table);
+        return joined ? joined : FONT_FALLBACK_PATH;
+    } catch (const std::bad_alloc &) {
+        return std::nullopt;
+    }
+}
+
+void scanFontDirectory(const std::string &dir, std::vector<FontElement> &table) {
+    const std::unique_ptr<DIR, CloseDirectory> directory(opendir(dir.c_str()));
+    if (!directory)
+        return;
+    while (const dirent *entry = readdir(directory.get())) {
+        const std::string path = dir + "/" + entry->d_name + "/fonts.dir";
+        struct stat status = {};
+        if (path.size() <= FONT_PATH_MAX && stat(path.c_str(), &status) == 0)
+            addFontElement(status.st_ino, path, table);
+    }
+}
+
+void addFontElement(ino_t key, std::string_view path, std::vector<FontElement> &table) {
+    if (std::ranges::find(table, key, &FontElement::key) != table.end())
+        return;
+    if (table.size() == FONT_ELEMENT_MAX) {
+        showMessage("Font Path elements array boundary exceeded\n");
+        return;
+    }
+    table.push_back({key, std::string(path.substr(0, path.rfind('/')))});
+}
+
+std::optional<std::string> joinFontPath(std::vector<FontElement> &table) {
+    auto joined = table.empty() ? std::nullopt : AllocateBuffer(table);
+    if (!joined)
+        return std::nullopt;
+    for (const std::string_view name : FONT_PREFERRED)
+        if (const FontElement *element = takeElementByName(name, table))
+            joined->append(element->path).append(",");
+    for (const FontElement &element : table)
+        if (!element.taken)
+            joined->append(element.path).append(",");
+    joined->pop_back();
+    return joined;
+}
+
+const FontElement *takeElementByName(std::string_view name, std::vector<FontElement> &table) {
+    for (FontElement &element : table) {
+        if (std::string_view(element.path).substr(element.path.rfind('/') + 1) != name)
+            continue;
+        element.taken = true;
+        return &element;
+    }
+    return nullptr;
+}
+
+std::optional<std::string> AllocateBuffer(const std::vector<FontElement> &table) {
+    std::size_t size = 1;
+    for (const FontElement &element : table)
+        size += element.path.size() + 1;
+    try {
+        std::string buffer;
+        buffer.reserve(size);
+        return buffer;
+    } catch (const std::bad_alloc &) {
+        showMessage("malloc failed in AllocateBuffer\n");
+        return std::nullopt;
+    }
+}

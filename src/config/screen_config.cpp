@@ -1,0 +1,107 @@
+#include "config/screen_config.h"
+
+#include "config/config_lines.h"
+#include "frame/line_reader.h"
+#include "frame/messages.h"
+#include "frame/text_scanner.h"
+
+#include <string_view>
+
+static constexpr std::string_view SCREEN_CARD = "Card ", SCREEN_VIRTUAL = "Virtual ",
+                                  SCREEN_DEPTH = "Depth ", SCREEN_MODES = "Modes",
+                                  SCREEN_MODE_DB = "ModeDB";
+
+std::array<ScreenConfig, SCREEN_MAX> screens;
+int screenCount = 0;
+int currentScreen = 0;
+int templateUsed = 0;
+
+static CardEntry placeholderCard = {nullptr, "NOT CONFIGURED", "none", {}, 0};
+
+struct SectionReader {
+    const std::string &path;
+    int index;
+    ScreenConfig &screen;
+    VideoMode **end = &screen.modes;
+    bool inModes = false;
+    bool full = false; // SCREEN_MODE_MAX was passed
+};
+
+// A setting with fewer numbers than it needs leaves the screen as it is.
+static void readSetting(SectionReader &section, std::string_view line) {
+    ScreenConfig &screen = section.screen;
+    if (scanLiteral(line, SCREEN_CARD)) {
+        screen.card = new CardEntry{nullptr, copyLine(line), {}, {}, 0};
+    } else if (scanLiteral(line, SCREEN_VIRTUAL)) {
+        const auto width = scanInt(line), height = scanInt(line);
+        if (width && height) {
+            screen.virtualWidth = *width;
+            screen.virtualHeight = *height;
+        }
+    } else if (scanLiteral(line, SCREEN_DEPTH)) {
+        screen.depth = scanInt(line).value_or(screen.depth);
+    } else {
+        section.inModes = line.starts_with(SCREEN_MODES);
+    }
+}
+
+static void reportFullSection(SectionReader &section) {
+    if (!section.full)
+        showMessage("Screen section %d of %s: only the first %d modes are shown\n", section.index,
+                    section.path.c_str(), SCREEN_MODE_MAX);
+    section.full = true;
+}
+
+static void readModeLine(SectionReader &section, std::string_view line) {
+    std::string_view text = line;
+    if (!scanLiteral(text, "\""))
+        return;
+    const auto width = scanInt(text);
+    const auto height = width && scanLiteral(text, "x") ? scanInt(text) : std::nullopt;
+    if (!height)
+        return;
+    ScreenConfig &screen = section.screen;
+    if (screen.selection.size() == SCREEN_MODE_MAX) {
+        reportFullSection(section);
+        return;
+    }
+    auto *mode = new VideoMode;
+    mode->label = copyLine(line);
+    mode->depth = screen.depth;
+    mode->hDisplay = *width;
+    mode->vDisplay = *height;
+    *section.end = mode;
+    section.end = &mode->next;
+    screen.selection.push_back(static_cast<int>(screen.selection.size()) + 1);
+}
+
+bool parseScreenSection(const std::string &path, int index, ScreenConfig &screen) {
+    auto reader = openLines(path, CONFIG_PIECE_MAX);
+    if (!reader)
+        fatalError("failed to open file %s\n", path.c_str());
+    screen = ScreenConfig{};
+    screen.unchanged = 1;
+    SectionReader section{path, index, screen};
+    int number = -1; // of the section that is being read
+    std::string_view line;
+    while (number <= index && readLine(*reader, line)) {
+        if (line.starts_with(CONFIG_SECTION_START))
+            number++;
+        if (number != index)
+            continue;
+        if (!section.inModes)
+            readSetting(section, line);
+        else if (line.starts_with(SCREEN_MODE_DB))
+            break;
+        else
+            readModeLine(section, line);
+    }
+    return number >= index;
+}
+
+void appendPlaceholderScreen() {
+    ScreenConfig &screen = screens[screenCount++];
+    screen = ScreenConfig{};
+    screen.card = &placeholderCard;
+    screen.unchanged = 1;
+}

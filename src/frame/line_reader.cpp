@@ -1,0 +1,48 @@
+#include "frame/line_reader.h"
+
+#include "frame/messages.h"
+
+#include <algorithm>
+#include <cstring>
+
+static constexpr std::size_t READER_BLOCK_SIZE = 65536; // bytes; far above every piece size
+
+std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMax) {
+    File file = openForReading(path);
+    if (!file)
+        return std::nullopt;
+    return LineReader{std::move(file), path, pieceMax, std::string(READER_BLOCK_SIZE, '\0')};
+}
+
+// Moves the rest of the block to its front and fills the space behind it.
+static void fillBlock(LineReader &reader) {
+    std::memmove(reader.block.data(), reader.block.data() + reader.begin,
+                 reader.end - reader.begin);
+    reader.end -= reader.begin;
+    reader.begin = 0;
+    const std::size_t space = reader.block.size() - reader.end;
+    const std::size_t count =
+        std::fread(reader.block.data() + reader.end, 1, space, reader.file.get());
+    if (std::ferror(reader.file.get()))
+        fatalError("Cannot read %s\n", reader.path.c_str());
+    reader.end += count;
+    reader.atEnd = count < space;
+}
+
+bool readPiece(LineReader &reader, std::string_view &piece) {
+    if (!reader.atEnd && reader.end - reader.begin < reader.pieceMax)
+        fillBlock(reader);
+    const std::size_t limit = std::min(reader.end - reader.begin, reader.pieceMax);
+    piece = std::string_view(reader.block).substr(reader.begin, limit);
+    if (const auto lineEnd = piece.find('\n'); lineEnd != piece.npos)
+        piece = piece.substr(0, lineEnd + 1);
+    reader.begin += piece.size();
+    return !piece.empty();
+}
+
+bool readLine(LineReader &reader, std::string_view &line) {
+    if (!readPiece(reader, line))
+        return false;
+    line = line.substr(0, line.find('\0'));
+    return true;
+}

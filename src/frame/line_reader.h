@@ -1,0 +1,32 @@
+// Reading a text file in pieces, the way all data files are read: a piece is a line with its line
+// end or, of a line longer than the file's limit, the next part of it, handled as a line of its
+// own.
+#pragma once
+
+#include "frame/file.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+struct LineReader {
+    File file;
+    std::string path;         // for messages
+    std::size_t pieceMax = 0; // bytes, the line end included
+    std::string block;        // what was read of the file last
+    std::size_t begin = 0;    // first byte of `block` that was not handed out yet
+    std::size_t end = 0;      // first byte of `block` that holds nothing
+    bool atEnd = false;       // the file holds no more than `block`
+};
+
+// Opens a regular file to be read in pieces of at most `pieceMax` bytes; none when it cannot be
+// opened.
+std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMax);
+
+// The next piece, byte for byte, NUL bytes included; valid until the next call. False at the end
+// of the file. A file that cannot be read on ends the process: half a file is no basis to go on.
+bool readPiece(LineReader &reader, std::string_view &piece);
+
+// As readPiece, for text that is parsed: a NUL byte ends the line.
+bool readLine(LineReader &reader, std::string_view &line);

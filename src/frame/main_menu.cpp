@@ -1,0 +1,90 @@
+#include "frame/main_menu.h"
+
+#include "config/config_writer.h"
+#include "frame/messages.h"
+#include "ui/card_selection.h"
+#include "ui/dialog.h"
+#include "ui/information_screen.h"
+#include "ui/menu.h"
+#include "ui/pointer_selection.h"
+#include "ui/status_panel.h"
+
+#include <array>
+#include <string_view>
+
+// The choices of the main menu; the previous menu is the way out.
+enum MainChoice { MAIN_PREVIOUS, MAIN_CARD, MAIN_MOUSE, MAIN_SAVE, MAIN_QUIT };
+static constexpr std::array<std::string_view, 4> MAIN_TEXTS = {
+    "Graphics Card", "Mouse", "Save and Exit", "Quit without Saving"};
+
+struct MenuItem {
+    MenuItem *next = nullptr;
+    std::string_view text;
+};
+
+static Menu makeMainMenu() {
+    Menu menu;
+    menu.title = "Korvel-X Main Configuration Menu";
+    menu.hint = MENU_HINT;
+    menu.itemColumn = 2;
+    menu.itemRow = 2;
+    menu.screenColumn = 0;
+    menu.screenRow = 14;
+    menu.width = 60;
+    menu.height = 8;
+    return menu;
+}
+
+// A screen configured in this run needs a mode: a section without one starts no server.
+static bool checkSelections() {
+    for (int index = 0; index < screenCount; index++) {
+        const ScreenConfig &screen = screens[index];
+        if (screen.unchanged || !screen.selection.empty())
+            continue;
+        showNotice("Screen " + std::to_string(index + 1) + " has no modes selected");
+        return false;
+    }
+    return true;
+}
+
+// Does what was chosen; false when that ends the interactive mode.
+static bool actOnChoice(int choice) {
+    switch (choice) {
+    case MAIN_CARD:
+        selectCardAndModes(screens[currentScreen]);
+        return true;
+    case MAIN_MOUSE:
+        selectPointerDevice();
+        return true;
+    case MAIN_SAVE:
+        if (!checkSelections())
+            return true;
+        writeConfig();
+        return false;
+    default:
+        return false;
+    }
+}
+
+static void runMainMenu() {
+    Menu menu = makeMainMenu();
+    openMenu(menu);
+    setMenuItems(menu, listFromTable(MAIN_TEXTS, &MenuItem::text), &MenuItem::text);
+    int choice;
+    do {
+        drawStatusPanel(screens[currentScreen]);
+        drawMenu(menu);
+        choice = runMenu(menu);
+        if (choice != MAIN_PREVIOUS) {
+            hideWindow(menu.window.get());
+            clearStatusPanel();
+        }
+    } while (actOnChoice(choice));
+}
+
+void runInteractiveMode() {
+    startCurses();
+    showInformationScreen();
+    runMainMenu();
+    endCurses();
+}

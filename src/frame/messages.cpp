@@ -1,0 +1,76 @@
+#include "frame/messages.h"
+
+#include <curses.h>
+#include <term.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+bool cursesActive = false;
+
+// Curses turns off the terminal's translation of "\n" into a new line at column 0; the shell's
+// modes are put back for the length of the message.
+[[gnu::format(printf, 1, 0)]] static void writeMessage(const char *format, va_list arguments) {
+    if (cursesActive)
+        reset_shell_mode();
+    std::vfprintf(stderr, format, arguments);
+    if (cursesActive) {
+        reset_prog_mode();
+        clearok(curscr, TRUE);
+    }
+}
+
+[[gnu::format(printf, 1, 0)]] static void writeFatalText(const char *format, va_list arguments) {
+    va_list copy;
+    va_copy(copy, arguments);
+    showMessage("\nFatal error:\n");
+    writeMessage(format, copy);
+    showMessage("\n");
+    va_end(copy);
+}
+
+// True when leaving curses switches away from the screen on which standard error is shown.
+static bool leavingHidesMessages() {
+    static char exitAlternateScreen[] = "rmcup";
+    const char *text = cursesActive ? tigetstr(exitAlternateScreen) : nullptr;
+    return text != nullptr && text != reinterpret_cast<char *>(-1) && isatty(STDERR_FILENO);
+}
+
+void showMessage(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    writeMessage(format, arguments);
+    va_end(arguments);
+}
+
+void fatalError(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const bool hidden = leavingHidesMessages();
+    writeFatalText(format, arguments);
+    endCurses();
+    if (hidden)
+        writeFatalText(format, arguments);
+    va_end(arguments);
+    std::exit(EXIT_FAILURE);
+}
+
+void endCurses() {
+    if (!cursesActive)
+        return;
+    cursesActive = false;
+    endwin();
+}
+
+std::string copyLine(std::string_view text) {
+    std::string copy(text);
+    return chopNewline(copy);
+}
+
+std::string &chopNewline(std::string &text) {
+    if (text.ends_with('\n'))
+        text.pop_back();
+    return text;
+}

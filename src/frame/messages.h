@@ -1,0 +1,27 @@
+// Messages on standard error, the end of the process on an unrecoverable fault, and the two
+// operations on line ends that every reader of a data file uses.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// True from the start of curses to its end: curses owns the terminal.
+extern bool cursesActive;
+
+// Writes a printf-style message to standard error; no line end is added. While curses is active
+// the message disturbs the screen, so the next drawing repaints the whole terminal.
+[[gnu::format(printf, 1, 2)]] void showMessage(const char *format, ...);
+
+// Writes the banner "Fatal error:" and a printf-style message to standard error, leaves curses and
+// ends the process with status 1. A terminal whose alternate screen would take the text away with
+// it gets the text once more after curses was left.
+[[noreturn, gnu::format(printf, 1, 2)]] void fatalError(const char *format, ...);
+
+// Gives the terminal back from curses; does nothing when curses is not active.
+void endCurses();
+
+// A copy of `text` without its last character when that is a line end; only one is removed.
+std::string copyLine(std::string_view text);
+
+// Removes the last character of `text` when it is a line end; returns `text`.
+std::string &chopNewline(std::string &text);

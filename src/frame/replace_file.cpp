@@ -1,0 +1,98 @@
+#include "frame/replace_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+static constexpr mode_t REPLACE_NEW_MODE = 0644;
+static constexpr mode_t REPLACE_MODE_BITS = 07777;
+
+struct Descriptor {
+    int number;
+    explicit Descriptor(int opened) : number(opened) {}
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor() { closeNow(); }
+    bool closeNow() {
+        const int open = std::exchange(number, -1);
+        return open < 0 || close(open) == 0;
+    }
+};
+
+// Gives the new file the owner and permission bits that the file at `path` is to have.
+static bool takeOverAttributes(int descriptor, const std::string &path) {
+    struct stat old = {};
+    if (lstat(path.c_str(), &old) != 0)
+        return errno == ENOENT && fchmod(descriptor, REPLACE_NEW_MODE) == 0;
+    if (S_ISLNK(old.st_mode))
+        return fchmod(descriptor, REPLACE_NEW_MODE) == 0;
+    return S_ISREG(old.st_mode) && fchown(descriptor, old.st_uid, old.st_gid) == 0 &&
+           fchmod(descriptor, old.st_mode & REPLACE_MODE_BITS) == 0;
+}
+
+// File systems that cannot sync a directory say EINVAL; there is no more to do on them.
+static bool syncDirectory(const std::string &path) {
+    const auto parent = std::filesystem::path(path).parent_path();
+    const Descriptor directory(
+        open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return directory.number >= 0 && (fsync(directory.number) == 0 || errno == EINVAL);
+}
+
+static bool writeAll(int descriptor, const char *data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t count = write(descriptor, data, size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        data += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+static bool copyContents(int from, int to) {
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const ssize_t count = read(from, buffer.data(), buffer.size());
+        if (count == 0)
+            return true;
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 || !writeAll(to, buffer.data(), static_cast<std::size_t>(count)))
+            return false;
+    }
+}
+
+// Copies the new file beside `path` and renames the copy.
+static bool replaceAcrossFileSystems(int source, const std::string &path) {
+    std::string copyPath = path + ".XXXXXX";
+    Descriptor copy(mkostemp(copyPath.data(), O_CLOEXEC));
+    if (copy.number < 0)
+        return false;
+    if (copyContents(source, copy.number) && takeOverAttributes(copy.number, path) &&
+        fsync(copy.number) == 0 && copy.closeNow() &&
+        std::rename(copyPath.c_str(), path.c_str()) == 0)
+        return true;
+    unlink(copyPath.c_str());
+    return false;
+}
+
+bool replaceFile(const std::string &newPath, const std::string &path) {
+    const Descriptor source(open(newPath.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (source.number < 0 || !takeOverAttributes(source.number, path) || fsync(source.number) != 0)
+        return false;
+    if (std::rename(newPath.c_str(), path.c_str()) == 0)
+        return syncDirectory(path);
+    if (errno != EXDEV || !replaceAcrossFileSystems(source.number, path) || !syncDirectory(path))
+        return false;
+    unlink(newPath.c_str());
+    return true;
+}

@@ -1,0 +1,62 @@
+#include "hwdb/card_list.h"
+
+#include "config/lists.h"
+#include "frame/line_reader.h"
+#include "frame/messages.h"
+#include "frame/paths.h"
+#include "hwdb/extra_lines.h"
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+
+static constexpr std::size_t CARD_PIECE_MAX = 1022;    // bytes of a line read at once
+static constexpr std::size_t CARD_SHORT_LINE = 5;      // characters; lines up to here are no cards
+static constexpr std::size_t CARD_CLASS_TEXT_FROM = 6; // behind "Class" and one separator
+static constexpr std::string_view CARD_CLASS = "Class";
+
+CardEntry *cardList = nullptr;
+
+static std::deque<std::string> classNames; // of all classes read; the cards refer to these texts
+
+struct CardReader {
+    const std::string *cardClass = nullptr; // class in force; null before the first
+    std::optional<std::string> pending;     // name of a card whose extra lines may still follow
+};
+
+// Puts the pending card, if any, at the head of cardList, with the class in force and the extra
+// lines collected so far.
+static void finishCard(CardReader &reader) {
+    if (!reader.pending)
+        return;
+    if (reader.cardClass)
+        cardList = new CardEntry{cardList, *reader.pending, *reader.cardClass, takeExtraLines(), 0};
+    else
+        showMessage("Card %s has no class: ignored\n", reader.pending->c_str());
+    reader.pending.reset();
+    clearExtraLines();
+}
+
+static void readCardLine(CardReader &reader, std::string_view line) {
+    if (line.starts_with(CARD_CLASS)) {
+        finishCard(reader);
+        const auto text = line.substr(std::min(CARD_CLASS_TEXT_FROM, line.size()));
+        reader.cardClass = &classNames.emplace_back(copyLine(text));
+    } else if (!collectExtraLine(line) && !line.starts_with('#') && line.size() > CARD_SHORT_LINE) {
+        finishCard(reader);
+        reader.pending = copyLine(line.substr(0, line.find(',')));
+    }
+}
+
+void loadCardList() {
+    auto lines = openLines(CARD_LIST_PATH, CARD_PIECE_MAX);
+    if (!lines)
+        fatalError("Can't Open Card List %s\n", CARD_LIST_PATH);
+    CardReader reader;
+    std::string_view line;
+    while (readLine(*lines, line))
+        readCardLine(reader, line);
+    finishCard(reader);
+    clearExtraLines();
+    sortListByName(cardList);
+}

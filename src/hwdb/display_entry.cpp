@@ -1,0 +1,230 @@
+#include "hwdb/display_entry.h"
+
+#include "frame/line_reader.h"
+#include "frame/messages.h"
+#include "frame/paths.h"
+#include "frame/text_scanner.h"
+#include "hwdb/extra_lines.h"
+#include "vdif/mode_timing.h"
+
+#include <array>
+#include <cstdio>
+#include <span>
+
+static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
+static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters
+static constexpr std::size_t DISPLAY_TIMING_NAME_MAX = 127; // characters
+static constexpr std::size_t DISPLAY_TEXT_MAX = 255;        // characters of a label or a name
+
+// Texts for the refresh codes -1, -2, ...
+static constexpr std::array<const char *, 4> refreshLabels = {"(Refresh Rate from DOS Install)", "",
+                                                              "Non Interlaced", "Interlaced"};
+
+// What every mode line begins with.
+struct ModeHead {
+    int width = 0, height = 0; // pixels
+    int depth = 0;             // bits per pixel
+    int refresh = 0;           // Hz or a code
+};
+
+struct EntryReader {
+    CardEntry &card;
+    std::string path;
+    VideoMode *head = nullptr;
+    VideoMode *last = nullptr;
+    bool inModes = false;
+    bool dropExtraLines = false; // those of a mode that was not made
+};
+
+// What the next integers of the text are stored in; false when there are not as many.
+static bool scanInts(std::string_view &text, std::span<int *const> fields) {
+    for (int *field : fields) {
+        const auto value = scanInt(text);
+        if (!value)
+            return false;
+        *field = *value;
+    }
+    return true;
+}
+
+static std::optional<ModeHead> scanHead(std::string_view &text) {
+    ModeHead head;
+    const std::array fields = {&head.width, &head.height, &head.depth, &head.refresh};
+    return scanInts(text, fields) ? std::optional(head) : std::nullopt;
+}
+
+static std::uint32_t scanFlags(std::string_view &text) {
+    return static_cast<std::uint32_t>(scanInt(text).value_or(0));
+}
+
+static std::optional<VideoMode> parseFullTiming(std::string_view text) {
+    VideoMode mode;
+    int clock = 0;
+    const std::array fields = {&clock,           &mode.hDisplay, &mode.hSyncStart,
+                               &mode.hSyncEnd,   &mode.hTotal,   &mode.vDisplay,
+                               &mode.vSyncStart, &mode.vSyncEnd, &mode.vTotal};
+    if (!scanInts(text, fields))
+        return std::nullopt;
+    mode.clock = static_cast<float>(clock);
+    mode.flags = scanFlags(text);
+    return mode;
+}
+
+static std::optional<VideoMode> parseTimingWord(std::string_view text, const ModeHead &head) {
+    const auto clock = scanInt(text);
+    const auto word = clock ? scanWord(text, DISPLAY_TIMING_WORD_MAX) : std::nullopt;
+    if (!word)
+        return std::nullopt;
+    VideoMode mode;
+    mode.hDisplay = head.width;
+    mode.vDisplay = head.height;
+    mode.clock = static_cast<float>(*clock);
+    mode.timingRef = *word;
+    mode.flags = scanFlags(text);
+    return mode;
+}
+
+// True when more than white space follows the quote that a timing name begins with.
+static bool namesMonitorTiming(std::string_view text) {
+    text = skipWhiteSpace(text);
+    return scanLiteral(text, "\"") && !skipWhiteSpace(text).empty();
+}
+
+// None when the name is not terminated or the monitor description does not have it.
+static std::optional<VideoMode> findMonitorMode(std::string_view line, const std::string &path) {
+    const auto open = line.find('"'), close = line.rfind('"');
+    if (open == close) {
+        showMessage("Unterminated timing name in %s: %s\n", path.c_str(), copyLine(line).c_str());
+        return std::nullopt;
+    }
+    ModeTiming timing;
+    const auto name = line.substr(open + 1, close - open - 1).substr(0, DISPLAY_TIMING_NAME_MAX);
+    if (!findTimingByName(timing, name))
+        return std::nullopt;
+    VideoMode mode;
+    mode.clock = timing.clock;
+    mode.hDisplay = timing.hDisplay;
+    mode.hSyncStart = timing.hSyncStart;
+    mode.hSyncEnd = timing.hSyncEnd;
+    mode.hTotal = timing.hTotal;
+    mode.vDisplay = timing.vDisplay;
+    mode.vSyncStart = timing.vSyncStart;
+    mode.vSyncEnd = timing.vSyncEnd;
+    mode.vTotal = timing.vTotal;
+    mode.flags = timing.flags;
+    return mode;
+}
+
+static std::string refreshText(int refresh) {
+    if (refresh >= 0) {
+        char text[32];
+        std::snprintf(text, sizeof text, "at %2d Hz", refresh);
+        return text;
+    }
+    const auto index = static_cast<std::size_t>(-(refresh + 1)); // the code -1 is the first
+    return index < refreshLabels.size() ? refreshLabels[index] : "";
+}
+
+static std::string modeLabel(const ModeHead &head, std::uint32_t flags) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%4d x %4d, %8u colors ", head.width, head.height,
+                  colorCount(head.depth));
+    return text + refreshText(head.refresh) + (flags & MODE_INTERLACE ? " Interlaced" : "");
+}
+
+static std::string modeName(const ModeHead &head, std::string_view cardClass,
+                            const std::optional<std::string> &timingRef) {
+    std::string name = std::to_string(head.width) + "x" + std::to_string(head.height);
+    if (timingRef)
+        name.append(":").append(cardClass).append("/").append(*timingRef);
+    return name.substr(0, DISPLAY_TEXT_MAX);
+}
+
+// The extra lines collected so far belong to the mode before the present line; without one they
+// wait for the first mode.
+static void settleExtraLines(EntryReader &entry) {
+    if (!entry.last)
+        return;
+    for (const std::string &line : takeExtraLines())
+        entry.last->extraLines.push_back(line);
+    clearExtraLines();
+}
+
+// Ends what belongs to the mode before. A line that makes no mode takes its extra lines with it.
+static void addMode(EntryReader &entry, const ModeHead &head, std::optional<VideoMode> mode) {
+    settleExtraLines(entry);
+    entry.dropExtraLines = !mode;
+    if (!mode)
+        return;
+    mode->depth = head.depth;
+    mode->refresh = head.refresh;
+    mode->label = modeLabel(head, mode->flags);
+    mode->name = modeName(head, entry.card.cardClass, mode->timingRef);
+    VideoMode *&link = entry.last ? entry.last->next : entry.head;
+    entry.last = link = new VideoMode(std::move(*mode));
+}
+
+// A line that does not begin with a number is no concern of the modes.
+static void readModeLine(EntryReader &entry, std::string_view line) {
+    std::string_view text = line;
+    const auto head = scanHead(text);
+    if (head && namesMonitorTiming(text)) {
+        addMode(entry, *head, findMonitorMode(line, entry.path));
+        return;
+    }
+    auto mode = head ? parseFullTiming(text) : std::nullopt;
+    if (head && !mode)
+        mode = parseTimingWord(text, *head);
+    if (mode)
+        addMode(entry, *head, std::move(mode));
+    else if (text = line; scanInt(text))
+        fatalError("Internal error, file %s\n", std::string(line).c_str());
+}
+
+static void readEntryLine(EntryReader &entry, std::string_view line) {
+    if (line.starts_with('#'))
+        return;
+    if (line.starts_with(DISPLAY_NO_VIRTUAL))
+        entry.card.flags |= CARD_NO_VIRTUAL;
+    if (!entry.inModes)
+        entry.inModes = line.starts_with(DISPLAY_MODES);
+    else if (entry.dropExtraLines && line.starts_with(':'))
+        return;
+    else if (!collectExtraLine(line))
+        readModeLine(entry, line);
+}
+
+std::uint32_t colorCount(int depth) {
+    if (depth < 1 || depth > 32)
+        return 0;
+    return std::uint32_t{1} << (depth == 32 ? 24 : depth);
+}
+
+std::string displayConfigPath(std::string_view cardClass) {
+    return std::string(DISPLAY_CONFIG_DIR).append(cardClass).append("/config");
+}
+
+VideoMode *readDisplayEntry(CardEntry &card) {
+    EntryReader entry{card, displayConfigPath(card.cardClass)};
+    auto reader = openLines(entry.path, DISPLAY_PIECE_MAX);
+    if (!reader)
+        fatalError("Can't open DisplayConfig entry %s\n", entry.path.c_str());
+    std::string_view line;
+    while (readLine(*reader, line))
+        readEntryLine(entry, line);
+    settleExtraLines(entry);
+    clearExtraLines();
+    return entry.head;
+}
+
+std::vector<VideoMode *> selectedModes(VideoMode *modes, const std::vector<int> &selection) {
+    std::vector<VideoMode *> all, chosen;
+    for (; modes; modes = modes->next)
+        all.push_back(modes);
+    for (const int position : selection) {
+        if (position < 1 || static_cast<std::size_t>(position) > all.size())
+            break;
+        chosen.push_back(all[position - 1]);
+    }
+    return chosen;
+}

@@ -1,0 +1,69 @@
+// Display configuration entries: for each card class the display modes of its cards and the
+// template of their screen section.
+//
+// File format (displayConfigPath), one line each:
+//     # ...                     comment
+//     NoVirtual                 the cards are limited to one mode (anywhere in the file)
+//     <configuration line>      template of the screen section, up to the first "Modes" line
+//     Modes                     the modes follow, to the end of the file
+//     <width> <height> <depth> <refresh> <clock> <8 timings> [<flags>]      full timing
+//     <width> <height> <depth> <refresh> "<timing>"       timing of the monitor description
+//     <width> <height> <depth> <refresh> <clock> <word> [<flags>]           the server's own timing
+//     : <text>                  extra line of the mode above, written into the screen section
+// Depth in bits per pixel, refresh in Hz (negative: a code for a text), clock in MHz, timings in
+// pixels and lines.
+//
+// Errors: an entry that cannot be opened and a line that begins with a number but is no mode end
+// the process; an unterminated timing name is reported and its line skipped; a mode whose timing
+// the monitor description lacks is left out.
+#pragma once
+
+#include "hwdb/card_list.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+inline constexpr std::size_t DISPLAY_PIECE_MAX = 1022; // bytes of a line read at once
+inline constexpr std::string_view DISPLAY_MODES = "Modes";
+
+// Bits of a mode's flags, each written as the keyword beside it.
+inline constexpr std::uint32_t MODE_PHSYNC = 0x01;         // PHsync
+inline constexpr std::uint32_t MODE_NHSYNC = 0x02;         // NHsync
+inline constexpr std::uint32_t MODE_PVSYNC = 0x04;         // PVsync
+inline constexpr std::uint32_t MODE_NVSYNC = 0x08;         // NVsync
+inline constexpr std::uint32_t MODE_INTERLACE = 0x10;      // Interlace
+inline constexpr std::uint32_t MODE_DOUBLE_SCAN = 0x20;    // DoubleScan
+inline constexpr std::uint32_t MODE_COMPOSITE_SYNC = 0x40; // CompositeSync
+inline constexpr std::uint32_t MODE_SYNC_ON_GREEN = 0x80;  // SyncOnGreen
+
+struct VideoMode {
+    VideoMode *next = nullptr;
+    std::string label; // text in the menu
+    std::string name;  // in the configuration; made unique among the chosen modes
+    int depth = 0;     // bits per pixel
+    int refresh = 0;   // Hz; negative: a code for one of refreshLabels
+    float clock = 0;   // MHz
+    int hDisplay = 0, hSyncStart = 0, hSyncEnd = 0, hTotal = 0; // pixels
+    int vDisplay = 0, vSyncStart = 0, vSyncEnd = 0, vTotal = 0; // lines
+    std::optional<std::string> timingRef; // names a timing of the server's own
+    std::vector<std::string> extraLines;  // lines for the screen section
+    std::uint32_t flags = 0;              // MODE_ bits
+};
+
+// The number of colours at a depth in bits per pixel, of which 32 has 24 for colour; 0 for a depth
+// outside 1 to 32.
+std::uint32_t colorCount(int depth);
+
+// The path of a class's display entry.
+std::string displayConfigPath(std::string_view cardClass);
+
+// A new list of the modes in the entry of the card's class, in file order; null when it has none.
+// Sets CARD_NO_VIRTUAL in the card's flags when the entry says so.
+VideoMode *readDisplayEntry(CardEntry &card);
+
+// The chosen modes, by their positions in a list, from 1. A position that names no mode ends them.
+std::vector<VideoMode *> selectedModes(VideoMode *modes, const std::vector<int> &selection);

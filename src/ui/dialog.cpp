@@ -1,0 +1,107 @@
+#include "ui/dialog.h"
+
+#include <algorithm>
+#include <string_view>
+
+static constexpr int DIALOG_TEXT_COLUMN = 4, DIALOG_TEXT_ROW = 1;
+static constexpr int DIALOG_NOTICE_COLUMN = 3, DIALOG_NOTICE_ROW = 3; // on the terminal
+static constexpr int DIALOG_PROMPT_HEIGHT = 3, DIALOG_NOTICE_HEIGHT = 4;
+static constexpr int DIALOG_PROMPT_ROOM = 40; // columns beside the text of a prompt
+static constexpr int DIALOG_NOTICE_ROOM = 15; // columns beside the text of a notice
+static constexpr int DIALOG_CONTINUE_ROW = 2;
+static constexpr std::size_t DIALOG_ANSWER_SIZE = 1023; // answers have one character less
+static constexpr std::string_view DIALOG_CONTINUE = "Press ENTER to Continue";
+static constexpr int DIALOG_CONTINUE_CELLS = static_cast<int>(DIALOG_CONTINUE.size());
+static constexpr int EDIT_ERASE_KEY = 8; // control-H
+
+struct Dialog {
+    Window window;
+    std::string text;
+    DialogKind kind;
+    int entryRow, entryColumn; // where the answer begins
+    std::string answer = {};
+};
+
+// Moves to the cell of the n-th character of an answer, from 0, which curses wraps at the window's
+// edge; false outside the window.
+static bool moveToCell(WINDOW *window, int row, int column, std::size_t n) {
+    const int cell = column + static_cast<int>(n), width = getmaxx(window);
+    return wmove(window, row + cell / width, cell % width) != ERR;
+}
+
+static void paintDialog(const Dialog &dialog) {
+    WINDOW *window = dialog.window.get();
+    werase(window);
+    box(window, ACS_VLINE, ACS_HLINE);
+    wattrset(window, A_NORMAL);
+    putText(window, DIALOG_TEXT_ROW, DIALOG_TEXT_COLUMN, dialog.text);
+    if (dialog.kind == DIALOG_NOTICE)
+        putText(window, DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN, DIALOG_CONTINUE);
+    moveToCell(window, dialog.entryRow, dialog.entryColumn, 0);
+    for (const char character : dialog.answer)
+        waddch(window, static_cast<chtype>(character));
+    wrefresh(window);
+}
+
+static int dialogWidth(int cells, DialogKind kind) {
+    if (kind == DIALOG_PROMPT)
+        return cells + DIALOG_PROMPT_ROOM;
+    return std::max(cells, DIALOG_CONTINUE_CELLS) + DIALOG_NOTICE_ROOM;
+}
+
+// A dialog that would not fit ends at the terminal's edge, with room for an answer.
+static Dialog openDialog(int screenColumn, int screenRow, const std::string &text,
+                         DialogKind kind) {
+    const int cells = textCells(text);
+    const int room = std::max(COLS, SCREEN_MIN_COLUMNS) - screenColumn;
+    const int width = std::min(dialogWidth(cells, kind), room);
+    const bool prompt = kind == DIALOG_PROMPT;
+    const int height = prompt ? DIALOG_PROMPT_HEIGHT : DIALOG_NOTICE_HEIGHT;
+    const int before =
+        std::min(prompt ? cells : DIALOG_CONTINUE_CELLS, width - DIALOG_TEXT_COLUMN - 1);
+    return {openWindow(screenColumn, screenRow, width, height), text, kind,
+            prompt ? DIALOG_TEXT_ROW : DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN + before};
+}
+
+std::optional<std::string> showDialog(int screenColumn, int screenRow, const std::string &text,
+                                      DialogKind kind) {
+    Dialog dialog = openDialog(screenColumn, screenRow, text, kind);
+    WINDOW *window = dialog.window.get();
+    showWindow(window, [&dialog] { paintDialog(dialog); });
+    editLine(window, dialog.entryRow, dialog.entryColumn, dialog.answer, DIALOG_ANSWER_SIZE);
+    hideWindow(window);
+    if (kind == DIALOG_NOTICE)
+        return std::nullopt;
+    return dialog.answer;
+}
+
+void showNotice(const std::string &text) {
+    showDialog(DIALOG_NOTICE_COLUMN, DIALOG_NOTICE_ROW, text, DIALOG_NOTICE);
+}
+
+static void eraseLast(WINDOW *window, int row, int column, std::string &buffer) {
+    if (buffer.empty())
+        return;
+    buffer.pop_back();
+    if (!moveToCell(window, row, column, buffer.size()))
+        return;
+    waddch(window, ' ');
+    moveToCell(window, row, column, buffer.size());
+}
+
+int editLine(WINDOW *window, int row, int column, std::string &buffer, std::size_t size) {
+    buffer.clear();
+    moveToCell(window, row, column, 0);
+    for (;;) {
+        wrefresh(window);
+        const int key = readKey();
+        if (key == EDIT_ERASE_KEY) {
+            eraseLast(window, row, column, buffer);
+        } else if (key < ' ' || key > '~') {
+            return static_cast<int>(buffer.size());
+        } else if (buffer.size() < size - 1) {
+            waddch(window, static_cast<chtype>(key));
+            buffer.push_back(static_cast<char>(key));
+        }
+    }
+}

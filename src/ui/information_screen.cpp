@@ -1,0 +1,61 @@
+#include "ui/information_screen.h"
+
+#include "frame/line_reader.h"
+#include "frame/paths.h"
+#include "ui/window.h"
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+static constexpr std::size_t INFORMATION_VERSION_MAX = 126; // bytes of the version line
+static constexpr int INFORMATION_MARGIN = 1, INFORMATION_INDENT = 8, INFORMATION_VERSION_COLUMN = 9;
+
+// A text at a fixed place of the screen.
+struct PlacedText {
+    int row, column;
+    const char *text;
+};
+static constexpr std::array<PlacedText, 13> INFORMATION_TEXTS = {{
+    {1, INFORMATION_MARGIN, "Korvel-X "},
+    {3, INFORMATION_INDENT, "from"},
+    {5, INFORMATION_INDENT, "Dunmere Display Systems"},
+    {6, INFORMATION_INDENT, "100 Example Street"},
+    {7, INFORMATION_INDENT, "Dunmere, DX 00100"},
+    {8, INFORMATION_INDENT, "Phone:  +1 555 0100"},
+    {9, INFORMATION_INDENT, "Fax:    +1 555 0101"},
+    {10, INFORMATION_INDENT, "Web:    http://www.dunmere.example/"},
+    {11, INFORMATION_INDENT, "E-mail: support@dunmere.example"},
+    {16, INFORMATION_MARGIN, "To use scrconf, you will need to select the following things:"},
+    {18, INFORMATION_INDENT, "(1) Graphics Card (followed by a resolution choice)"},
+    {19, INFORMATION_INDENT, "(2) Mouse"},
+    {22, INFORMATION_MARGIN,
+     "Nothing is written before \"Save and Exit\". Control-H erases in a prompt."},
+}};
+static constexpr int INFORMATION_CONTINUE_ROW = 23;
+
+// The first line of the version file; empty without one.
+static std::string readVersion() {
+    auto reader = openLines(VERSION_PATH, INFORMATION_VERSION_MAX);
+    std::string_view line;
+    return reader && readLine(*reader, line) ? std::string(line) : "";
+}
+
+static void paintInformation(const std::string &version) {
+    wattrset(stdscr, A_NORMAL);
+    werase(stdscr);
+    for (const PlacedText &entry : INFORMATION_TEXTS)
+        putText(stdscr, entry.row, entry.column, entry.text);
+    putText(stdscr, 1, INFORMATION_VERSION_COLUMN, version);
+    wattrset(stdscr, A_BOLD | A_REVERSE);
+    putText(stdscr, INFORMATION_CONTINUE_ROW, INFORMATION_MARGIN, "Press Enter to continue");
+    wattrset(stdscr, A_NORMAL);
+    wrefresh(stdscr);
+}
+
+void showInformationScreen() {
+    const std::string version = readVersion();
+    showWindow(stdscr, [&version] { paintInformation(version); });
+    waitKey(stdscr);
+    hideWindow(stdscr);
+}

@@ -1,0 +1,39 @@
+#include "ui/pointer_selection.h"
+
+#include "hwdb/pointer_devices.h"
+#include "ui/dialog.h"
+#include "ui/menu.h"
+
+static constexpr int POINTER_WIDTH = 60;                                // columns of the menu
+static constexpr int POINTER_PROMPT_COLUMN = 1, POINTER_PROMPT_ROW = 1; // on the terminal
+
+// Asks until the answer is empty, which keeps the device file, or names one.
+static void askDevice(Menu &menu, std::string &device) {
+    for (;;) {
+        drawMenu(menu);
+        const auto answer = showDialog(POINTER_PROMPT_COLUMN, POINTER_PROMPT_ROW,
+                                       "Device (default: " + device + ") : ", DIALOG_PROMPT);
+        if (answer->starts_with("/dev/"))
+            device = *answer;
+        if (answer->empty() || answer->starts_with("/dev/"))
+            return;
+        showNotice("Invalid Device");
+    }
+}
+
+void selectPointerDevice() {
+    if (!pointerDevices) {
+        showNotice("No pointer devices found");
+        return;
+    }
+    Menu menu = makeListMenu("Dunmere Mouse Menu", MENU_HINT_PREVIOUS, POINTER_WIDTH, 0);
+    setMenuItems(menu, pointerDevices, &PointerDevice::name);
+    openMenu(menu);
+    drawMenu(menu);
+    if (const int choice = runMenu(menu)) {
+        currentPointer = listNth(pointerDevices, choice);
+        if (currentPointer->device)
+            askDevice(menu, *currentPointer->device);
+    }
+    closeMenu(menu);
+}

@@ -1,0 +1,92 @@
+#include "ui/status_panel.h"
+
+#include "config/config_lines.h"
+#include "hwdb/pointer_devices.h"
+#include "ui/window.h"
+
+#include <string>
+#include <vector>
+
+static constexpr int STATUS_COLUMN = 1, STATUS_ROW = 1; // of the window, and of the title in it
+static constexpr int STATUS_WIDTH = 79, STATUS_HEIGHT = 10;
+static constexpr int STATUS_FIRST_ROW = 3; // of the lines below the title
+static constexpr std::size_t STATUS_LABEL_CELLS = 20;
+static constexpr std::size_t STATUS_MODES_MAX = 4; // more are shown as the first and last two
+
+static Window statusWindow; // from the first drawing until the process exits
+
+static std::string statusLine(std::string label, const std::string &value) {
+    label.resize(STATUS_LABEL_CELLS, ' ');
+    return label + value;
+}
+
+static std::string statusTitle() {
+    const std::string title = "Current Korvel-X Configuration";
+    if (screenCount <= 1)
+        return title;
+    return title + " for screen " + std::to_string(currentScreen + 1) + " of " +
+           std::to_string(screenCount) + " (X Screen Number :0." + std::to_string(currentScreen) +
+           ")";
+}
+
+// A pointer of a type that the database lacks has no name; its type stands in.
+static std::string pointerText(const PointerDevice &pointer) {
+    return (pointer.name.empty() ? pointer.type : pointer.name) + " (" +
+           std::to_string(pointer.buttons) + " buttons)";
+}
+
+static std::string colorsText(int depth) {
+    const auto colors = colorCount(depth);
+    return colors ? std::to_string(colors) : "";
+}
+
+static std::string sizeText(int width, int height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+static std::string resolutionsLine(const ScreenConfig &screen) {
+    const auto modes = selectedModes(screen.modes, screen.selection);
+    std::string sizes;
+    for (std::size_t n = 0; n < modes.size(); n++) {
+        const bool shown = modes.size() <= STATUS_MODES_MAX || n < 2 || n + 2 >= modes.size();
+        if (shown)
+            sizes += sizeText(modes[n]->hDisplay, modes[n]->vDisplay) + " ";
+        else if (n == 2)
+            sizes += "... ";
+    }
+    return statusLine(modes.size() == 1 ? "Screen Resolution:" : "Screen Resolutions:", sizes);
+}
+
+static std::vector<std::string> statusLines(const ScreenConfig &screen) {
+    std::vector<std::string> lines = {
+        statusLine("Xconfig:", configPath),
+        statusLine("Card:", screen.card ? screen.card->name : ""),
+    };
+    if (currentPointer)
+        lines.push_back(statusLine("Mouse:", pointerText(*currentPointer)));
+    lines.push_back(statusLine("Colors:", colorsText(screen.depth)));
+    lines.push_back(
+        statusLine("Virtual Resolution:",
+                   screen.virtualWidth ? sizeText(screen.virtualWidth, screen.virtualHeight) : ""));
+    lines.push_back(resolutionsLine(screen));
+    return lines;
+}
+
+static void paintStatus(const ScreenConfig &screen) {
+    WINDOW *window = statusWindow.get();
+    wattrset(window, A_NORMAL);
+    werase(window);
+    putText(window, STATUS_ROW, STATUS_COLUMN, statusTitle());
+    int row = STATUS_FIRST_ROW;
+    for (const std::string &line : statusLines(screen))
+        putText(window, row++, STATUS_COLUMN, line);
+    wrefresh(window);
+}
+
+void drawStatusPanel(const ScreenConfig &screen) {
+    if (!statusWindow)
+        statusWindow = openWindow(STATUS_COLUMN, STATUS_ROW, STATUS_WIDTH, STATUS_HEIGHT);
+    showWindow(statusWindow.get(), [&screen] { paintStatus(screen); });
+}
+
+void clearStatusPanel() { hideWindow(statusWindow.get()); }

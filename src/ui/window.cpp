@@ -1,0 +1,205 @@
+#include "ui/window.h"
+
+#include "frame/messages.h"
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+static constexpr int WINDOW_TAB_CELLS = 8;
+
+// A window that is open, with the place that it has in the fixed layout whatever a resize made of
+// it. `paint` is empty while the window is hidden.
+struct OpenWindow {
+    WINDOW *window;
+    int screenColumn, screenRow;
+    int width, height;
+    std::function<void()> paint;
+};
+
+// In the order in which they were shown last, which is the order from bottom to top. Never
+// destroyed: windows that live until the process exits still leave it then.
+static std::vector<OpenWindow> &openWindows() {
+    static auto &windows = *new std::vector<OpenWindow>;
+    return windows;
+}
+
+static std::vector<OpenWindow>::iterator findWindow(const WINDOW *window) {
+    return std::ranges::find(openWindows(), window, &OpenWindow::window);
+}
+
+// The signals that are let through while input is waited for.
+static sigset_t waitSignals;
+
+void CloseWindow::operator()(WINDOW *window) const {
+    openWindows().erase(findWindow(window));
+    delwin(window);
+}
+
+// A resize is told by a signal. It is held back except while input is waited for, so that none is
+// missed between a drawing and the wait.
+static void holdResizeSignal() {
+    sigset_t resize;
+    sigemptyset(&resize);
+    sigaddset(&resize, SIGWINCH);
+    sigprocmask(SIG_BLOCK, &resize, &waitSignals);
+    sigdelset(&waitSignals, SIGWINCH);
+}
+
+void startCurses() {
+    holdResizeSignal();
+    initscr();
+    cursesActive = true;
+    if (LINES < SCREEN_MIN_LINES || COLS < SCREEN_MIN_COLUMNS) {
+        const int columns = COLS, lines = LINES;
+        endCurses();
+        fatalError("Terminal too small: %d columns by %d lines, at least %d by %d needed\n",
+                   columns, lines, SCREEN_MIN_COLUMNS, SCREEN_MIN_LINES);
+    }
+    if (has_colors())
+        start_color();
+    noecho();
+    raw();
+    typeahead(-1); // a redraw is finished even when more input waits
+    openWindows().push_back({stdscr, 0, 0, 0, 0, {}});
+}
+
+Window openWindow(int screenColumn, int screenRow, int width, int height) {
+    WINDOW *window = newwin(height, width, screenRow, screenColumn);
+    if (!window)
+        fatalError("Cannot open a window of %d columns by %d lines\n", width, height);
+    wattrset(window, A_NORMAL);
+    werase(window);
+    openWindows().push_back({window, screenColumn, screenRow, width, height, {}});
+    return Window(window);
+}
+
+void showWindow(WINDOW *window, std::function<void()> paint) {
+    paint();
+    const auto shown = findWindow(window);
+    shown->paint = std::move(paint);
+    std::rotate(shown, shown + 1, openWindows().end());
+}
+
+void hideWindow(WINDOW *window) {
+    findWindow(window)->paint = nullptr;
+    werase(window);
+    wrefresh(window);
+}
+
+// Gives every window its size and place again, which curses changes when it does not fit, and draws
+// what is shown. On a terminal that is too small for a window curses draws the part that fits.
+static void repaintScreen() {
+    clearok(curscr, TRUE);
+    touchwin(stdscr);
+    wnoutrefresh(stdscr);
+    for (const OpenWindow &open : openWindows()) {
+        if (open.window != stdscr) {
+            wresize(open.window, open.height, open.width);
+            mvwin(open.window, open.screenRow, open.screenColumn);
+        }
+        if (open.paint)
+            open.paint();
+    }
+}
+
+// Takes over the terminal's size. The screen is repainted even when the size is the old one: it may
+// have been another in between, and the terminal has lost what it did not hold.
+static void followResize() {
+    struct winsize size = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && is_term_resized(size.ws_row, size.ws_col))
+        resizeterm(size.ws_row, size.ws_col);
+    repaintScreen();
+}
+
+// Waits until standard input has something to read or has ended.
+static void waitInput() {
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    while (ppoll(&input, 1, nullptr, &waitSignals) < 0) {
+        if (errno != EINTR)
+            fatalError("End of input\n");
+        followResize();
+    }
+}
+
+// The first character of a text as it is shown.
+struct Glyph {
+    std::size_t bytes; // of the text
+    int cells;
+    std::wstring shown;
+};
+
+static Glyph firstGlyph(std::string_view text, int column) {
+    const char first = text.front();
+    if (first == '\t') {
+        const int cells = WINDOW_TAB_CELLS - column % WINDOW_TAB_CELLS;
+        return {1, cells, std::wstring(static_cast<std::size_t>(cells), L' ')};
+    }
+    if ((first >= '\0' && first < ' ') || first == '\177')
+        return {1, 0, {}};
+    wchar_t wide = 0;
+    std::mbstate_t state = {};
+    const std::size_t bytes = std::mbrtowc(&wide, text.data(), text.size(), &state);
+    const int cells = bytes > text.size() ? -1 : wcwidth(wide);
+    if (cells < 0)
+        return {bytes > text.size() ? 1 : bytes, 1, L"?"};
+    return {bytes, cells, std::wstring(1, wide)};
+}
+
+void putText(WINDOW *window, int row, int column, std::string_view text) {
+    if (wmove(window, row, column) == ERR)
+        return;
+    while (!text.empty()) {
+        const Glyph glyph = firstGlyph(text, column);
+        if (column + glyph.cells > getmaxx(window))
+            return;
+        waddnwstr(window, glyph.shown.data(), static_cast<int>(glyph.shown.size()));
+        column += glyph.cells;
+        text.remove_prefix(glyph.bytes);
+    }
+}
+
+int textCells(std::string_view text) {
+    int column = 0;
+    while (!text.empty()) {
+        const Glyph glyph = firstGlyph(text, column);
+        column += glyph.cells;
+        text.remove_prefix(glyph.bytes);
+    }
+    return column;
+}
+
+// Curses is asked first: it may hold bytes that it read ahead.
+int waitKey(WINDOW *window) {
+    nodelay(window, TRUE);
+    bool waited = false;
+    for (;;) {
+        errno = 0;
+        const int key = wgetch(window);
+        if (key != ERR && key != KEY_RESIZE)
+            return key;
+        if (key == ERR && waited && errno != EINTR)
+            fatalError("End of input\n");
+        waitInput();
+        waited = true;
+    }
+}
+
+int readKey() {
+    for (;;) {
+        waitInput();
+        unsigned char byte = 0;
+        const ssize_t count = read(STDIN_FILENO, &byte, 1);
+        if (count == 1)
+            return byte;
+        if (count == 0 || errno != EINTR)
+            fatalError("End of input\n");
+    }
+}

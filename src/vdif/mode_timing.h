@@ -1,0 +1,43 @@
+// What the timings of a monitor description are good for: whether a monitor can show one, whether
+// its times agree with each other, and its numbers in a mode line of the server.
+#pragma once
+
+#include "vdif/monitor_description.h"
+
+#include <cstdint>
+#include <string_view>
+
+// Bits of a converted timing's flags, the same as those of a display mode's flags.
+inline constexpr std::uint32_t TIMING_PHSYNC = 0x01;
+inline constexpr std::uint32_t TIMING_NHSYNC = 0x02;
+inline constexpr std::uint32_t TIMING_PVSYNC = 0x04;
+inline constexpr std::uint32_t TIMING_NVSYNC = 0x08;
+inline constexpr std::uint32_t TIMING_INTERLACE = 0x10;
+inline constexpr std::uint32_t TIMING_SYNC_ON_GREEN = 0x80;
+
+struct ModeTiming {
+    float clock = 0;                                            // MHz
+    int hDisplay = 0, hSyncStart = 0, hSyncEnd = 0, hTotal = 0; // pixels
+    int vDisplay = 0, vSyncStart = 0, vSyncEnd = 0, vTotal = 0; // lines
+    std::uint32_t flags = 0;                                    // TIMING_ bits
+};
+
+// The number of limits that the timing, a record of defaultDescription, goes beyond; 0: it fits.
+// Equality fits. The vertical limits apply to fields, of which an interlaced frame has two. With
+// the environment variable VDIF_TRACE set, the timing and each limit it breaks are reported.
+int fitsOperationalLimits(VdifBlock limits, VdifBlock timing);
+
+// Reports a timing whose times contradict each other, with the sum of:
+//     1, 2      blank start + blank time is not within 10 % of the total; horizontal, vertical
+//     4, 8      the blank begins behind the sync pulse; horizontal, vertical
+//     16, 32    the sync pulse begins behind the total; horizontal, vertical
+// The description gives the timing's name.
+void checkTimingConsistency(const MonitorDescription &description, VdifBlock timing);
+
+// Converts a timing; `limits` is the block of the same description. Horizontal numbers are rounded
+// up to a multiple of 8 pixels, vertical ones to the nearest line.
+void timingToMode(ModeTiming &mode, VdifBlock timing, VdifBlock limits);
+
+// Converts the first timing of currentDescription that has exactly this name, and reports it when
+// it is inconsistent. False, with `timing` as it was, when there is none.
+bool findTimingByName(ModeTiming &timing, std::string_view name);

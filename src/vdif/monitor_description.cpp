@@ -1,0 +1,112 @@
+#include "vdif/monitor_description.h"
+
+#include <algorithm>
+
+static constexpr std::string_view VDIF_ID = "VDIF"; // the first bytes of every image
+static constexpr std::size_t VDIF_HEADER_SIZE = 116, VDIF_LIMITS_SIZE = 64, VDIF_TIMING_SIZE = 72;
+
+std::optional<std::string> defaultPath;
+std::shared_ptr<const MonitorDescription> defaultDescription;
+std::shared_ptr<const MonitorDescription> currentDescription;
+std::string stringPool;
+
+MonitorDescription makeDescription() {
+    MonitorDescription description;
+    description.image = VDIF_ID;
+    description.image.resize(VDIF_HEADER_SIZE);
+    setField(description, VDIF_HEADER_BLOCK, HeaderField::LimitsOffset, VDIF_HEADER_SIZE);
+    return description;
+}
+
+std::uint64_t fieldValue(VdifBlock block, VdifField field) {
+    std::uint64_t value = 0;
+    for (std::size_t byte = field.width; byte-- > 0;)
+        value = value << 8 | static_cast<std::uint8_t>(block[field.offset + byte]);
+    return value;
+}
+
+void setField(MonitorDescription &description, std::size_t block, VdifField field,
+              std::uint64_t value) {
+    for (std::size_t byte = 0; byte < field.width; byte++, value >>= 8)
+        description.image[block + field.offset + byte] = static_cast<char>(value & 0xff);
+}
+
+VdifBlock headerBlock(const MonitorDescription &description) {
+    return VdifBlock(description.image).substr(VDIF_HEADER_BLOCK, VDIF_HEADER_SIZE);
+}
+
+static std::size_t limitsOffset(const MonitorDescription &description) {
+    return fieldValue(headerBlock(description), HeaderField::LimitsOffset);
+}
+
+std::optional<VdifBlock> limitsBlock(const MonitorDescription &description) {
+    if (fieldValue(headerBlock(description), HeaderField::LimitsCount) == 0)
+        return std::nullopt;
+    return VdifBlock(description.image).substr(limitsOffset(description), VDIF_LIMITS_SIZE);
+}
+
+std::size_t timingCount(const MonitorDescription &description) {
+    const auto limits = limitsBlock(description);
+    return limits ? fieldValue(*limits, LimitsField::TimingCount) : 0;
+}
+
+VdifBlock timingRecord(const MonitorDescription &description, std::size_t index) {
+    const std::size_t first = limitsOffset(description) + VDIF_LIMITS_SIZE;
+    return VdifBlock(description.image).substr(first + index * VDIF_TIMING_SIZE, VDIF_TIMING_SIZE);
+}
+
+std::size_t addLimits(MonitorDescription &description) {
+    const std::size_t block = description.image.size();
+    description.image.resize(block + VDIF_LIMITS_SIZE);
+    setField(description, VDIF_HEADER_BLOCK, HeaderField::LimitsCount, 1);
+    return block;
+}
+
+std::size_t addTiming(MonitorDescription &description) {
+    return addTiming(description, std::string(VDIF_TIMING_SIZE, '\0'));
+}
+
+std::size_t addTiming(MonitorDescription &description, VdifBlock record) {
+    const std::size_t block = description.image.size();
+    description.image.append(record);
+    setField(description, limitsOffset(description), LimitsField::TimingCount,
+             timingCount(description) + 1);
+    return block;
+}
+
+void indexTimings(MonitorDescription &description) {
+    description.timingsByName.clear();
+    for (std::size_t index = 0; index < timingCount(description); index++) {
+        const VdifBlock timing = timingRecord(description, index);
+        description.timingsByName.emplace(timingName(description, timing), index);
+    }
+}
+
+std::optional<std::size_t> findTiming(const MonitorDescription &description,
+                                      std::string_view name) {
+    const auto found = description.timingsByName.find(std::string(name));
+    if (found == description.timingsByName.end())
+        return std::nullopt;
+    return found->second;
+}
+
+std::uint32_t addString(std::string_view text) {
+    if (stringPool.empty())
+        stringPool.push_back('\0');
+    const std::size_t offset = stringPool.size();
+    stringPool.append(text);
+    stringPool.push_back('\0');
+    return static_cast<std::uint32_t>(offset);
+}
+
+std::string stringAt(const MonitorDescription &description, std::uint64_t offset) {
+    const std::uint64_t table =
+        fieldValue(headerBlock(description), HeaderField::StringTableOffset);
+    const std::string_view strings = table != 0 ? description.image : stringPool;
+    const std::string_view text = strings.substr(std::min(table + offset, strings.size()));
+    return std::string(text.substr(0, text.find('\0')));
+}
+
+std::string timingName(const MonitorDescription &description, VdifBlock timing) {
+    return stringAt(description, fieldValue(timing, TimingField::Preadjustedtimingname));
+}

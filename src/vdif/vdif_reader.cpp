@@ -1,0 +1,354 @@
+#include "vdif/vdif_reader.h"
+
+#include "frame/file.h"
+#include "frame/messages.h"
+#include "vdif/mode_timing.h"
+#include "vdif/vdif_scanner.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <span>
+#include <utility>
+
+// The first states read a section or a part of one each; the others end reading.
+enum VdifState {
+    STATE_START,
+    STATE_VERSION,
+    STATE_MONITOR_DESCRIPTION,
+    STATE_COLOR,
+    STATE_MONOCHROME,
+    STATE_OPERATIONAL_LIMITS,
+    STATE_PREADJ_TIMINGS,
+    STATE_ESTABLISHED_TIMINGS,
+    STATE_GAMMA_TABLE,
+    STATE_FINISHED,
+};
+
+struct VdifReader {
+    VdifScanner scanner;
+    MonitorDescription description;
+    bool establishedGiven = false; // the file says which timings of the library it wants
+};
+
+struct VdifSection {
+    std::string_view header;
+    VdifState state;
+};
+static constexpr VdifSection SECTION_LIMITS = {"[OPERATIONAL_LIMITS]", STATE_OPERATIONAL_LIMITS};
+static constexpr VdifSection SECTION_TIMING = {"[PREADJUSTED_TIMING]", STATE_PREADJ_TIMINGS};
+static constexpr VdifSection SECTION_ESTABLISHED = {"[ESTABLISHED_TIMINGS]",
+                                                    STATE_ESTABLISHED_TIMINGS};
+static constexpr VdifSection SECTION_GAMMA = {"[GAMMA_TABLE_ENTRIES]", STATE_GAMMA_TABLE};
+
+static constexpr VdifName MONITOR_TYPES[] = {
+    {"COLOR", MONITOR_COLOR}, {"COLOUR", MONITOR_COLOR}, {"MONOCHROME", MONITOR_MONOCHROME}};
+static constexpr VdifName VIDEO_TYPES[] = {
+    {"ANALOG", 1}, {"TTL", 0}, {"ECL", 2}, {"DECL", 3}, {"OTHER", 4}};
+static constexpr auto &SYNC_TYPES = VIDEO_TYPES;
+static constexpr VdifName SYNC_CONFIGURATIONS[] = {
+    {"SEPARATE", 0}, {"C", 1}, {"CP", 2}, {"G", SYNC_CONFIG_ON_GREEN}, {"GP", 4}, {"OTHER", 5}};
+static constexpr VdifName SCAN_TYPES[] = {
+    {"NONINTERLACED", 0}, {"INTERLACED", SCAN_INTERLACED}, {"OTHER", 2}};
+static constexpr VdifName POLARITIES[] = {{"NEGATIVE", 0}, {"POSITIVE", 1}};
+
+// A text's offset in the string pool.
+static VdifValue readString(VdifScanner &scanner) {
+    const auto text = readText(scanner);
+    return text ? VdifValue(addString(*text)) : std::nullopt;
+}
+
+template <const auto &TABLE> static VdifValue readName(VdifScanner &scanner) {
+    const auto name = readText(scanner);
+    return name ? VdifValue(lookupName(TABLE, *name)) : std::nullopt;
+}
+
+// 0 for a value that is not kept; none without a token, as the others.
+static VdifValue skipValue(VdifScanner &scanner) {
+    return readText(scanner) ? VdifValue(0) : std::nullopt;
+}
+
+using ValueReader = VdifValue (*)(VdifScanner &);
+
+struct KeyedField {
+    std::string_view key;
+    ValueReader read;
+    VdifField field;
+    VdifValue missing = 0; // the field's value when the key is missing; none: the key is required
+};
+static constexpr VdifValue REQUIRED = std::nullopt, OPTIONAL = 0, GAMMA_DEFAULT = 1000;
+
+static constexpr KeyedField DESCRIPTION_FIELDS[] = {
+    {"DATE", readDate, HeaderField::Date, REQUIRED},
+    {"FILEREVISION", readString, HeaderField::FileRevision, REQUIRED},
+    {"MANUFACTURER", readString, HeaderField::Manufacturer, REQUIRED},
+    {"MODELNUMBER", readString, HeaderField::ModelNumber, REQUIRED},
+    {"MINVDIFINDEX", readString, HeaderField::MinVDIFIndex, OPTIONAL},
+    {"VERSION", readString, HeaderField::Version, OPTIONAL},
+    {"SERIALNUMBER", readString, HeaderField::SerialNumber, OPTIONAL},
+    {"DATEMANUFACTURED", readDate, HeaderField::DateManufactured, OPTIONAL},
+    {"MONITORTYPE", readName<MONITOR_TYPES>, HeaderField::MonitorType, REQUIRED},
+    {"CRTSIZE", readInt8, HeaderField::CRTSize, REQUIRED},
+};
+// Keys whose values are not kept, behind the one that leads to the state.
+static constexpr std::string_view COLOR_SKIPPED[] = {
+    "GREENPHOSPHORDECAY", "BLUEPHOSPHORDECAY", "BORDERRED",          "BORDERGREEN",
+    "BORDERBLUE",         "WHITEPOINTX",       "WHITEPOINTY",        "WHITEPOINTCAPY",
+    "REDCHROMATICITYX",   "REDCHROMATICITYY",  "GREENCHROMATICITYX", "GREENCHROMATICITYY",
+    "BLUECHROMATICITYX",  "BLUECHROMATICITYY"};
+static constexpr std::string_view MONO_SKIPPED[] = {
+    "PHOSPHOR2DECAY",
+    "PHOSPHOR3DECAY",
+    "BORDER",
+    "WHITEPOINTX",
+    "WHITEPOINTY",
+    "WHITEPOINTCAPY",
+    "PHOSP1CHROMATICITYX",
+    "PHOSP1CHROMATICITYY",
+    "PHOSP2CHROMATICITYX",
+    "PHOSP2CHROMATICITYY",
+    "PHOSP3CHROMATICITYX",
+    "PHOSP3CHROMATICITYY",
+    "GAMMA",
+};
+// A gamma that is given is not kept either.
+static constexpr KeyedField COLOR_FIELDS[] = {
+    {"REDGAMMA", skipValue, HeaderField::RedGamma, GAMMA_DEFAULT},
+    {"GREENGAMMA", skipValue, HeaderField::GreenGamma, GAMMA_DEFAULT},
+    {"BLUEGAMMA", skipValue, HeaderField::BlueGamma, GAMMA_DEFAULT},
+};
+static constexpr KeyedField LIMITS_FIELDS[] = {
+    {"MAXHORPIXEL", readInt16, LimitsField::MaxHorPixel, REQUIRED},
+    {"MAXVERPIXEL", readInt16, LimitsField::MaxVerPixel, REQUIRED},
+    {"MAXHORADDRLENGTH", readInt16, LimitsField::MaxHorAddrLength, REQUIRED},
+    {"MAXVERADDRHEIGHT", readInt16, LimitsField::MaxVerAddrHeight, REQUIRED},
+    {"VIDEOTYPE", readName<VIDEO_TYPES>, LimitsField::VideoType, REQUIRED},
+    {"TERMINATIONRESISTANCE", readInt16, LimitsField::TerminationResistance, OPTIONAL},
+    {"WHITELEVEL", readScaled16, LimitsField::WhiteLevel, OPTIONAL},
+    {"BLACKLEVEL", readScaled16, LimitsField::BlackLevel, OPTIONAL},
+    {"BLANKLEVEL", readScaled16, LimitsField::BlankLevel, OPTIONAL},
+    {"SYNCTYPE", readName<SYNC_TYPES>, LimitsField::SyncType, REQUIRED},
+    {"SYNCCONFIGURATION", readName<SYNC_CONFIGURATIONS>, LimitsField::SyncConfiguration, REQUIRED},
+    {"SYNCLEVEL", readScaled16, LimitsField::SyncLevel, OPTIONAL},
+    {"MAXPIXELCLOCK", readScaled32, LimitsField::MaxPixelClock, OPTIONAL},
+    {"MINHORFREQUENCY", readScaled32, LimitsField::MinHorFrequency, OPTIONAL},
+    {"MAXHORFREQUENCY", readScaled32, LimitsField::MaxHorFrequency, OPTIONAL},
+    {"MINVERFREQUENCY", readScaled32, LimitsField::MinVerFrequency, OPTIONAL},
+    {"MAXVERFREQUENCY", readScaled32, LimitsField::MaxVerFrequency, OPTIONAL},
+    {"MINHORRETRACE", readScaled16, LimitsField::MinHorRetrace, OPTIONAL},
+    {"MINVERRETRACE", readScaled16, LimitsField::MinVerRetrace, OPTIONAL},
+};
+// In any order, none of them required.
+static constexpr KeyedField timingFieldTable[] = {
+    {"PREADJUSTEDTIMINGNAME", readString, TimingField::Preadjustedtimingname},
+    {"HORPIXEL", readInt16, TimingField::HorPixel},
+    {"VERPIXEL", readInt16, TimingField::VerPixel},
+    {"HORFREQUENCY", readScaled32, TimingField::HorFrequency},
+    {"VERFREQUENCY", readScaled32, TimingField::VerFrequency},
+    {"PIXELCLOCK", readScaled32, TimingField::PixelClock},
+    {"CHARACTERWIDTH", readInt16, TimingField::CharacterWidth},
+    {"HORADDRLENGTH", readInt16, TimingField::HorAddrLength},
+    {"VERADDRHEIGHT", readInt16, TimingField::VerAddrHeight},
+    {"PIXELWIDTHRATIO", readInt8, TimingField::PixelWidthRatio},
+    {"PIXELHEIGHTRATIO", readInt8, TimingField::PixelHeightRatio},
+    {"SCANTYPE", readName<SCAN_TYPES>, TimingField::ScanType},
+    {"HORSYNCPOLARITY", readName<POLARITIES>, TimingField::HorSyncPolarity},
+    {"VERSYNCPOLARITY", readName<POLARITIES>, TimingField::VerSyncPolarity},
+    {"HORTOTALTIME", readScaled32, TimingField::HorTotalTime},
+    {"HORADDRTIME", readScaled32, TimingField::HorAddrTime},
+    {"HORBLANKSTART", readScaled16, TimingField::HorBlankStart},
+    {"HORBLANKTIME", readScaled16, TimingField::HorBlankTime},
+    {"HORSYNCSTART", readScaled16, TimingField::HorSyncStart},
+    {"HORSYNCTIME", readScaled16, TimingField::HorSyncTime},
+    {"VERTOTALTIME", readScaled32, TimingField::VerTotalTime},
+    {"VERADDRTIME", readScaled16, TimingField::VerAddrTime},
+    {"VERBLANKSTART", readScaled16, TimingField::VerBlankStart},
+    {"VERBLANKTIME", readScaled16, TimingField::VerBlankTime},
+    {"VERSYNCSTART", readScaled16, TimingField::VerSyncStart},
+    {"VERSYNCTIME", readScaled16, TimingField::VerSyncTime},
+};
+
+// The state of the section whose header comes next; finished when it is none of these.
+static VdifState enterSection(VdifReader &reader, std::initializer_list<VdifSection> sections) {
+    for (const VdifSection &section : sections)
+        if (expectWord(reader.scanner, section.header))
+            return section.state;
+    return STATE_FINISHED;
+}
+
+// Reads keys in the order of their table into the block at this offset. False when a required key
+// or the value of a key is missing.
+static bool readFields(VdifReader &reader, std::size_t block, std::span<const KeyedField> table) {
+    for (const KeyedField &entry : table) {
+        const bool given = expectKey(reader.scanner, entry.key);
+        const VdifValue value = given ? entry.read(reader.scanner) : entry.missing;
+        if (!value)
+            return false;
+        setField(reader.description, block, entry.field, *value);
+    }
+    return true;
+}
+
+static VdifState readStart(VdifReader &reader) {
+    return enterSection(reader, {{"[VERSION]", STATE_VERSION}});
+}
+
+static VdifState readVersion(VdifReader &reader) {
+    const VdifValue version = readScaled32(reader.scanner);
+    if (!version)
+        return STATE_FINISHED;
+    setField(reader.description, VDIF_HEADER_BLOCK, HeaderField::VdifVersion, *version / 1000);
+    setField(reader.description, VDIF_HEADER_BLOCK, HeaderField::VdifRevision, *version % 1000);
+    return enterSection(reader, {{"[MONITOR_DESCRIPTION]", STATE_MONITOR_DESCRIPTION}});
+}
+
+static VdifState readDescription(VdifReader &reader) {
+    if (!readFields(reader, VDIF_HEADER_BLOCK, DESCRIPTION_FIELDS))
+        return STATE_FINISHED;
+    if (expectKey(reader.scanner, "REDPHOSPHORDECAY"))
+        return STATE_COLOR;
+    if (expectKey(reader.scanner, "PHOSPHOR1DECAY"))
+        return STATE_MONOCHROME;
+    return enterSection(reader, {SECTION_LIMITS});
+}
+
+// Passes over the value of the key that led here and over these keys, each of which may be missing.
+static bool skipFields(VdifReader &reader, std::span<const std::string_view> keys) {
+    return skipValue(reader.scanner) && std::ranges::all_of(keys, [&reader](std::string_view key) {
+               return !expectKey(reader.scanner, key) || skipValue(reader.scanner);
+           });
+}
+
+static VdifState readColor(VdifReader &reader) {
+    setField(reader.description, VDIF_HEADER_BLOCK, HeaderField::MonitorType, MONITOR_COLOR);
+    if (!skipFields(reader, COLOR_SKIPPED) || !readFields(reader, VDIF_HEADER_BLOCK, COLOR_FIELDS))
+        return STATE_FINISHED;
+    return enterSection(reader, {SECTION_LIMITS});
+}
+
+static VdifState readMonochrome(VdifReader &reader) {
+    setField(reader.description, VDIF_HEADER_BLOCK, HeaderField::MonitorType, MONITOR_MONOCHROME);
+    if (!skipFields(reader, MONO_SKIPPED))
+        return STATE_FINISHED;
+    return enterSection(reader, {SECTION_LIMITS});
+}
+
+static VdifState readLimits(VdifReader &reader) {
+    if (limitsBlock(reader.description))
+        return STATE_FINISHED;
+    if (!readFields(reader, addLimits(reader.description), LIMITS_FIELDS))
+        return STATE_FINISHED;
+    return enterSection(reader, {SECTION_TIMING, SECTION_ESTABLISHED});
+}
+
+// The field whose key comes next; null when no key of a timing does.
+static const KeyedField *expectTimingField(VdifReader &reader) {
+    const auto found = std::ranges::find_if(timingFieldTable, [&reader](const KeyedField &entry) {
+        return expectKey(reader.scanner, entry.key);
+    });
+    return found != std::end(timingFieldTable) ? found : nullptr;
+}
+
+static VdifState readTiming(VdifReader &reader) {
+    const std::size_t block = addTiming(reader.description);
+    while (const KeyedField *entry = expectTimingField(reader))
+        if (const VdifValue value = entry->read(reader.scanner))
+            setField(reader.description, block, entry->field, *value);
+    return enterSection(reader, {SECTION_TIMING, SECTION_GAMMA, SECTION_LIMITS});
+}
+
+static void copyTiming(MonitorDescription &description, VdifBlock timing) {
+    addTiming(description, timing);
+    checkTimingConsistency(description, timing);
+}
+
+static VdifState readEstablished(VdifReader &reader) {
+    reader.establishedGiven = true;
+    while (true) {
+        const VdifState next =
+            enterSection(reader, {SECTION_TIMING, SECTION_LIMITS, SECTION_GAMMA});
+        if (next != STATE_FINISHED)
+            return next;
+        const auto name = nextToken(reader.scanner);
+        if (!name)
+            return STATE_FINISHED;
+        const auto index =
+            defaultDescription ? findTiming(*defaultDescription, *name) : std::nullopt;
+        if (!index) {
+            showMessage("Can't find established timing %s\n", name->c_str());
+            return STATE_FINISHED;
+        }
+        copyTiming(reader.description, timingRecord(*defaultDescription, *index));
+    }
+}
+
+static void runStates(VdifReader &reader) {
+    static constexpr std::array<VdifState (*)(VdifReader &), STATE_GAMMA_TABLE> readers = {
+        readStart,      readVersion, readDescription, readColor,
+        readMonochrome, readLimits,  readTiming,      readEstablished};
+    VdifState state = STATE_START;
+    while (state < STATE_GAMMA_TABLE)
+        state = readers[state](reader);
+}
+
+// True when the description has all limits that decide which timings the monitor can show.
+static bool limitsComplete(const MonitorDescription &description) {
+    const auto limits = limitsBlock(description);
+    static constexpr VdifField deciding[] = {
+        LimitsField::MaxPixelClock, LimitsField::MaxHorFrequency, LimitsField::MaxVerFrequency,
+        LimitsField::MinHorFrequency, LimitsField::MinVerFrequency};
+    return limits && std::ranges::all_of(deciding, [&limits](VdifField field) {
+               return fieldValue(*limits, field) != 0;
+           });
+}
+
+// Adds the timings of the library that the monitor can show.
+static void completeDescription(MonitorDescription &description, const std::string &path) {
+    if (!limitsComplete(description)) {
+        showMessage("Invalid VDIF FILE %s, missing Operational Limits\n", path.c_str());
+        return;
+    }
+    const std::size_t count = defaultDescription ? timingCount(*defaultDescription) : 0;
+    for (std::size_t index = 0; index < count; index++) {
+        const VdifBlock timing = timingRecord(*defaultDescription, index);
+        if (fitsOperationalLimits(*limitsBlock(description), timing) == 0)
+            copyTiming(description, timing);
+    }
+}
+
+// As much of the file as its size announced; of a file that has shrunk since then, what is left.
+static std::string readWhole(std::FILE *file) {
+    struct stat status = {};
+    if (fstat(fileno(file), &status) != 0)
+        return "";
+    std::string text(static_cast<std::size_t>(status.st_size), '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    return text;
+}
+
+std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path) {
+    const File file = openForReading(path);
+    if (!file)
+        return nullptr;
+    VdifReader reader;
+    reader.scanner.text = readWhole(file.get());
+    reader.description = makeDescription();
+    runStates(reader);
+    if (!reader.establishedGiven && path != defaultPath)
+        completeDescription(reader.description, path);
+    indexTimings(reader.description);
+    return std::make_shared<const MonitorDescription>(std::move(reader.description));
+}
+
+const MonitorDescription *loadMonitorDescriptions(const char *libraryPath,
+                                                  const char *monitorPath) {
+    if (libraryPath) {
+        defaultPath = libraryPath;
+        if (!defaultDescription)
+            defaultDescription = readMonitorDescription(libraryPath);
+    }
+    currentDescription = monitorPath ? readMonitorDescription(monitorPath) : defaultDescription;
+    return currentDescription.get();
+}

@@ -1,0 +1,28 @@
+// Reading monitor descriptions from files in the text form of VESA VDIF.
+//
+// File format; keys and sections in any letter case, tokens as in vdif_scanner.h:
+//     [VERSION] <number>
+//     [MONITOR_DESCRIPTION]     <key> = <value> ..., in a fixed order
+//     [OPERATIONAL_LIMITS]      <key> = <value> ..., in a fixed order; once
+//     [PREADJUSTED_TIMING]      <key> = <value> ..., in any order; one section for each timing
+//     [ESTABLISHED_TIMINGS]     <name> ...: timings of the library that the monitor knows
+//     [GAMMA_TABLE_ENTRIES]     ends what is read
+//
+// Errors: where a required element is missing, reading ends and what was read so far counts; names
+// that are not known, numbers that are none and inconsistent timings are reported.
+#pragma once
+
+#include "vdif/monitor_description.h"
+
+#include <memory>
+#include <string>
+
+// Reads a file. A monitor that does not list its established timings gets, behind its own, all
+// timings of defaultDescription that fit its limits; it is reported when its limits are incomplete.
+// The file of defaultPath is never completed. Null when the file cannot be opened.
+std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path);
+
+// Reads the timing library into defaultDescription, unless it is there already, and the monitor's
+// file into currentDescription, which without a monitor's file is the library. Either path may be
+// null. Returns the current description; null when its file cannot be opened.
+const MonitorDescription *loadMonitorDescriptions(const char *libraryPath, const char *monitorPath);

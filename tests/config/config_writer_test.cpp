@@ -1,0 +1,125 @@
+#include "config/config_writer.h"
+
+#include "config/config_lines.h"
+#include "hwdb/pointer_devices.h"
+#include "support/temp_dir.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+
+// Two screens read from the configuration, whose sections hold what a careless copy would lose.
+static const std::string SECTIONS[] = {
+    "Driver one \n\n# comment\nCard A\0B\nModes\n\"640x480\" 25\nModeDB\n  kept\n\n"s,
+    std::string("Driver two\n").append(3000, 'x') + "\nModes\n\"800x600\"  \nno line end",
+};
+
+struct ConfigWriterTest : TempDirTest {
+    void SetUp() override {
+        configPath = "etc/X11/Xconfig";
+        templateUsed = 0;
+        currentPointer = nullptr;
+        writeFile(configPath,
+                  "# LogFile /tmp/log\nMouse Old /dev/old\nButtons 9\nOption \nfree text\n" +
+                      SECTIONS[0] + SECTIONS[1]);
+        configLines = readConfigLines(configPath);
+        for (screenCount = 0; parseScreenSection(configPath, screenCount, screens[screenCount]);)
+            screenCount++;
+    }
+    static const std::string GLOBAL_LINES;
+};
+const std::string ConfigWriterTest::GLOBAL_LINES =
+    "# LogFile /tmp/log\nMouse Old /dev/old\nOption \n\n\n\n";
+
+static VideoMode *makeMode(VideoMode *next, const char *name, float clock, std::uint32_t flags) {
+    auto *mode = new VideoMode;
+    mode->next = next;
+    mode->name = name;
+    mode->clock = clock;
+    mode->flags = flags;
+    return mode;
+}
+
+// Makes the screen one that was configured in this run: three modes of a class.
+static void configureScreen(ScreenConfig &screen) {
+    writeFile("usr/lib/X11/Korvel/DisplayConfig/fast/config",
+              "# made for fast\nDriver fast x\nChipset f1\nModes\nnever copied\n");
+    screen.card = new CardEntry{nullptr, "Acme: One", "fast", {"CardLine 1", ""}, 0};
+    screen.unchanged = 0;
+    auto *third = makeMode(nullptr, "1024x768", 65, 0xff);
+    third->extraLines = {"not written"};
+    auto *second = makeMode(third, "800x600:fast/w", 40, 0);
+    second->timingRef = "w";
+    second->extraLines = {"ModeLine 1", "ModeLine 2"};
+    auto *first = makeMode(second, "640x480", 25.175F, 0x13);
+    first->hDisplay = 640, first->hSyncStart = 656, first->hSyncEnd = 752, first->hTotal = 800;
+    first->vDisplay = 480, first->vSyncStart = 490, first->vSyncEnd = 492, first->vTotal = 525;
+    screen.modes = first;
+    screen.selection = {2, 1, 3};
+    screen.virtualWidth = 1600;
+    screen.virtualHeight = 1200;
+    screen.depth = 24;
+}
+
+TEST_F(ConfigWriterTest, UnchangedSectionsAreKeptByteForByte) {
+    appendPlaceholderScreen(); // has no section and writes none
+    chmod(configPath.c_str(), 0640);
+    writeConfig();
+    EXPECT_EQ(readFile(configPath), GLOBAL_LINES + SECTIONS[0] + SECTIONS[1]);
+    EXPECT_EQ(fs::status(configPath).permissions(), fs::perms(0640));
+    EXPECT_FALSE(fs::exists("etc/X11/Xconfig.tmp"));
+}
+
+TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntry) {
+    configureScreen(screens[0]);
+    currentPointer = new PointerDevice{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
+    writeConfig();
+    EXPECT_EQ(readFile(configPath), "# LogFile /tmp/log\nMouse Microsoft /dev/ttyS0\nButtons 3\n"
+                                    "Option \n\n\n\n"
+                                    "# made for fast\n"
+                                    "\n\nDriver fast x\nCard Acme: One\nChipset f1\n"
+                                    "CardLine 1\n\nModeLine 1\nModeLine 2\n"
+                                    "Virtual 1600 1200\nDepth 24\n\nBitsPerPixel 24\n\nModes \n"
+                                    "\"800x600:fast/w\" 40.0 0 0 0 0 0 0 0 0 \n"
+                                    "\"640x480\" 25.2 640 656 752 800 480 490 492 525 "
+                                    "Interlace NHsync PHsync \n"
+                                    "\"1024x768\" 65.0 0 0 0 0 0 0 0 0 Interlace NHsync PHsync "
+                                    "NVsync PVsync DoubleScan CompositeSync SyncOnGreen \n"
+                                    "\n\n" +
+                                        SECTIONS[1]);
+    *currentPointer = {nullptr, "", "Elo", 0, {}};
+    std::FILE *out = std::fopen("global", "w");
+    writeGlobalLines(out);
+    std::fclose(out);
+    EXPECT_EQ(readFile("global"), "# LogFile /tmp/log\nMouse Elo\nOption \n\n\n\n");
+}
+
+TEST_F(ConfigWriterTest, ALinkLeftByAnInterruptedSaveDoesNotTruncateTheConfiguration) {
+    fs::create_hard_link(configPath, "etc/X11/Xconfig.tmp");
+    writeConfig();
+    EXPECT_EQ(readFile(configPath), GLOBAL_LINES + SECTIONS[0] + SECTIONS[1]);
+    EXPECT_FALSE(fs::exists("etc/X11/Xconfig.tmp"));
+}
+
+TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
+    const std::string old = readFile(configPath);
+    configureScreen(screens[1]);
+    fs::remove("usr/lib/X11/Korvel/DisplayConfig/fast/config");
+    EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1),
+                "Can't open DisplayConfig entry usr/lib/X11/Korvel/DisplayConfig/fast/config\n");
+    EXPECT_EQ(readFile(configPath), old);
+    configureScreen(screens[1]);
+    configPath = "missing/Xconfig";
+    screens[0].unchanged = 1;
+    EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1), "failed to open file missing/Xconfig\n");
+    screenCount = 0;
+    EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1),
+                "Cannot install new Xconfig missing/Xconfig\n");
+    EXPECT_EQ(readFile("etc/X11/Xconfig.tmp"), GLOBAL_LINES);
+    fs::remove("etc/X11/Xconfig.tmp");
+    fs::create_directory("etc/X11/Xconfig.tmp");
+    EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1),
+                "Cannot open new Xconfig etc/X11/Xconfig.tmp\n");
+}

@@ -1,0 +1,68 @@
+#include "config/screen_config.h"
+
+#include "support/temp_dir.h"
+
+using ScreenConfigTest = TempDirTest;
+
+static const char *const THREE_SECTIONS = "Card before the first section\n"
+                                          "Driver one\n"
+                                          "Card  Acme One \n"
+                                          "Virtual 1024 768\n"
+                                          "Virtual 5\n"
+                                          "Depth 8\n"
+                                          "Modes here\n"
+                                          "\"640x480\" 25 640 656\n"
+                                          " \"1x1\" indented\n"
+                                          "Depth 16\n"
+                                          "\"800x 600-tall\"\n"
+                                          "\"axb\"\n"
+                                          "ModeDB\n"
+                                          "\"1024x768\"\n"
+                                          "Driver two\n"
+                                          "Modes\n"
+                                          "Card late\n"
+                                          "\"-8x+9\n"
+                                          "Driver three";
+
+TEST_F(ScreenConfigTest, OneSectionIsReadUpToItsModeDatabase) {
+    writeFile("Xconfig", THREE_SECTIONS);
+    ScreenConfig screen;
+    ASSERT_TRUE(parseScreenSection("Xconfig", 0, screen));
+    EXPECT_EQ(screen.card->name, " Acme One ");
+    EXPECT_EQ(screen.unchanged, 1);
+    EXPECT_EQ(screen.virtualWidth, 1024);
+    EXPECT_EQ(screen.virtualHeight, 768);
+    EXPECT_EQ(screen.depth, 8);
+    EXPECT_EQ(screen.selection, (std::vector{1, 2}));
+    const VideoMode *second = screen.modes->next;
+    EXPECT_EQ(screen.modes->label, "\"640x480\" 25 640 656");
+    EXPECT_EQ(screen.modes->depth, 8);
+    EXPECT_EQ(second->hDisplay, 800);
+    EXPECT_EQ(second->vDisplay, 600);
+    EXPECT_EQ(second->next, nullptr);
+}
+
+TEST_F(ScreenConfigTest, SectionsAreCountedFromTheirFirstLine) {
+    writeFile("Xconfig", THREE_SECTIONS);
+    ScreenConfig screen;
+    ASSERT_TRUE(parseScreenSection("Xconfig", 1, screen));
+    EXPECT_EQ(screen.card, nullptr); // a card behind "Modes" is not seen
+    EXPECT_EQ(screen.modes->hDisplay, -8);
+    EXPECT_EQ(screen.modes->vDisplay, 9);
+    EXPECT_TRUE(parseScreenSection("Xconfig", 2, screen));
+    EXPECT_EQ(screen.modes, nullptr);
+    EXPECT_FALSE(parseScreenSection("Xconfig", 3, screen));
+    EXPECT_EXIT(parseScreenSection("missing", 0, screen), testing::ExitedWithCode(1),
+                "^\nFatal error:\nfailed to open file missing\n\n$");
+}
+
+TEST_F(ScreenConfigTest, ModesBeyondTheLimitAreReportedOnce) {
+    std::string text = "Driver a\nModes\n";
+    for (int n = 0; n < 120; n++)
+        text += "\"640x480\"\n";
+    writeFile("Xconfig", text);
+    ScreenConfig screen;
+    ASSERT_TRUE(parseScreenSection("Xconfig", 0, screen));
+    EXPECT_EQ(screen.selection.size(), 99u);
+    EXPECT_EQ(messages(), "Screen section 0 of Xconfig: only the first 99 modes are shown\n");
+}

@@ -1,0 +1,63 @@
+#include "hwdb/card_list.h"
+
+#include "config/lists.h"
+#include "frame/paths.h"
+#include "support/temp_dir.h"
+
+struct CardListTest : TempDirTest {
+    void SetUp() override { cardList = nullptr; }
+};
+
+// One line per card: name, class and extra lines.
+static std::string shownCards() {
+    std::string shown;
+    for (const CardEntry *card = cardList; card; card = card->next) {
+        shown += "[" + card->name + "] " + std::string(card->cardClass);
+        for (const std::string &line : card->extraLines)
+            shown += " (" + line + ")";
+        shown += "\n";
+    }
+    return shown;
+}
+
+TEST_F(CardListTest, CardsAreSortedWithClassAndExtraLines) {
+    writeFile(CARD_LIST_PATH, "# comment\n"
+                              "Orphan\n"
+                              ": lost with it\n"
+                              "Class fast\n"
+                              ": before the first card\n"
+                              "beta card , with text\n"
+                              ":\n"
+                              ": after beta\n"
+                              "\n"
+                              "abcd\n"
+                              "Gamma\n"
+                              "Same card, first\n"
+                              "Class\n"
+                              "Same card, second\n"
+                              "Classic slow\n"
+                              " blank first\n"
+                              ": last");
+    loadCardList();
+    EXPECT_EQ(shownCards(), "[ blank first] c slow (last)\n"
+                            "[Gamma] fast\n"
+                            "[Same card] \n"
+                            "[Same card] fast\n"
+                            "[beta card ] fast (before the first card) () (after beta)\n");
+    EXPECT_EQ(messages(), "Card Orphan has no class: ignored\n");
+}
+
+TEST_F(CardListTest, TheNumberedListShowsTheTextBehindAPrefix) {
+    writeFile(CARD_LIST_PATH, "Class x\nAcme:One:Two\nPlain card\n");
+    loadCardList();
+    testing::internal::CaptureStdout();
+    printNumberedList(cardList);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "  1. One:Two\n  2. Plain card\n");
+}
+
+TEST_F(CardListTest, TheFileIsRequiredButMayBeEmpty) {
+    EXPECT_EXIT(loadCardList(), testing::ExitedWithCode(1), "Can't Open Card List .*CardInfo\n");
+    writeFile(CARD_LIST_PATH, "Class a\n: nothing follows\n# end\n");
+    loadCardList();
+    EXPECT_EQ(cardList, nullptr);
+}

@@ -1,0 +1,103 @@
+#include "hwdb/display_entry.h"
+
+#include "config/lists.h"
+#include "support/temp_dir.h"
+#include "vdif/monitor_description.h"
+#include "vdif/vdif_reader.h"
+
+static const char *const LIBRARY =
+    "[VERSION] 1.0 [MONITOR_DESCRIPTION] DATE=1996/1/1 FILEREVISION=1 MANUFACTURER=M MODELNUMBER=N "
+    "MONITORTYPE=COLOR CRTSIZE=17 [OPERATIONAL_LIMITS] MAXHORPIXEL=9999 MAXVERPIXEL=9999 "
+    "MAXHORADDRLENGTH=1 MAXVERADDRHEIGHT=1 VIDEOTYPE=ANALOG SYNCTYPE=TTL "
+    "SYNCCONFIGURATION=SEPARATE [PREADJUSTED_TIMING] PREADJUSTEDTIMINGNAME=\"my timing\" "
+    "HORPIXEL=640 VERPIXEL=480 HORFREQUENCY=31.469 PIXELCLOCK=25.175 HORTOTALTIME=31.778 "
+    "HORBLANKTIME=31.778 HORSYNCSTART=26.058 HORSYNCTIME=3.813 VERTOTALTIME=16.683 "
+    "VERBLANKTIME=16.683 VERSYNCSTART=15.571 VERSYNCTIME=0.064 SCANTYPE=INTERLACED\n";
+
+struct DisplayEntryTest : TempDirTest {
+    void SetUp() override {
+        writeFile("monitor", LIBRARY);
+        defaultDescription = nullptr;
+        loadMonitorDescriptions("monitor", nullptr);
+    }
+    // The modes of an entry with this text.
+    VideoMode *read(std::string_view text) {
+        writeFile(displayConfigPath("fast"), text);
+        return readDisplayEntry(card);
+    }
+    CardEntry card = {nullptr, "Acme", "fast", {}, 0};
+};
+
+// Everything that is read of a mode, on one line.
+static std::string shownMode(const VideoMode &mode) {
+    std::string shown = mode.label + "|" + mode.name + "|" + std::to_string(mode.depth) + " " +
+                        std::to_string(mode.refresh) + " " + std::to_string(mode.clock) + "|";
+    for (const int value : {mode.hDisplay, mode.hSyncStart, mode.hSyncEnd, mode.hTotal,
+                            mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal})
+        shown += std::to_string(value) + " ";
+    shown += "|" + mode.timingRef.value_or("-") + "|" + std::to_string(mode.flags);
+    for (const std::string &line : mode.extraLines)
+        shown += "|" + line;
+    return shown;
+}
+
+TEST_F(DisplayEntryTest, TheThreeFormsOfAModeLine) {
+    VideoMode *modes = read("# NoVirtual\nDriver x\n1 2 3 template\nModes and more\n"
+                            " 640 480 8 60 25 640 656 752 800 480 490 492 525\n"
+                            "1024 768 32 -3 65 1 2 3 4 5 6 7 8 18 rest\n"
+                            "640 480 8 60 25 vga60\n"
+                            "1600 1200 15 0 +200 a234567890123456789012345678901 4\n"
+                            "# 1 2 3\nstray word\nModes\n\n"
+                            "640 480 16 -1 \"my timing\"\n"
+                            "800 600 4 -2 \"unknown\"\n"
+                            "1 2 40 -9 5 6 7 8\n");
+    EXPECT_EQ(card.flags, 0u);
+    std::string shown;
+    for (; modes; modes = modes->next)
+        shown += shownMode(*modes) + "\n";
+    EXPECT_EQ(shown,
+              " 640 x  480,      256 colors at 60 Hz|640x480|8 60 25.000000|"
+              "640 656 752 800 480 490 492 525 |-|0\n"
+              "1024 x  768, 16777216 colors Non Interlaced Interlaced|1024x768|32 -3 65.000000|"
+              "1 2 3 4 5 6 7 8 |-|18\n"
+              " 640 x  480,      256 colors at 60 Hz|640x480:fast/vga60|8 60 25.000000|"
+              "640 0 0 0 480 0 0 0 |vga60|0\n"
+              "1600 x 1200,    32768 colors at  0 Hz|"
+              "1600x1200:fast/a234567890123456789012345678901|15 0 200.000000|"
+              "1600 0 0 0 1200 0 0 0 |a234567890123456789012345678901|4\n"
+              " 640 x  480,    65536 colors (Refresh Rate from DOS Install) Interlaced|640x480|"
+              "16 -1 25.174999|640 656 752 800 480 490 492 525 |-|26\n"
+              "   1 x    2,        0 colors |1x2:fast/6|40 -9 5.000000|1 0 0 0 2 0 0 0 |6|7\n");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(DisplayEntryTest, ExtraLinesGoToTheModeBeforeThemIfItWasMade) {
+    VideoMode *modes = read("Modes\n: to the first\n"
+                            "8 8 8 8 \"unknown\"\n: dropped with it\n"
+                            "8 8 8 8 8 first\n: also to the first\n"
+                            "8 8 8 8 \"unterminated\n: dropped too\n"
+                            "8 8 8 8 8 second\n"
+                            "8 8 8 8 8 third\n: last");
+    ASSERT_EQ(listCount(modes), 3);
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(modes->extraLines, (Lines{"to the first", "also to the first"}));
+    EXPECT_EQ(modes->next->extraLines, Lines{});
+    EXPECT_EQ(modes->next->next->extraLines, Lines{"last"});
+    EXPECT_EQ(messages(), "Unterminated timing name in " + displayConfigPath("fast") +
+                              ": 8 8 8 8 \"unterminated\n");
+}
+
+TEST_F(DisplayEntryTest, NoVirtualCountsAnywhereAndAnEntryMayHaveNoModes) {
+    EXPECT_EQ(read("Driver x\n: pending\n"), nullptr);
+    EXPECT_EQ(card.flags, 0u);
+    EXPECT_EQ(read("Modes\nNoVirtual\n"), nullptr);
+    EXPECT_EQ(card.flags, CARD_NO_VIRTUAL);
+}
+
+TEST_F(DisplayEntryTest, AnEntryThatCannotBeTrustedIsFatal) {
+    EXPECT_EXIT(read("Modes\n640 480 8 60\n"), testing::ExitedWithCode(1),
+                "^\nFatal error:\nInternal error, file 640 480 8 60\n\n\n$");
+    card.cardClass = "none";
+    EXPECT_EXIT(readDisplayEntry(card), testing::ExitedWithCode(1),
+                "Can't open DisplayConfig entry .*DisplayConfig/none/config\n");
+}

@@ -1,0 +1,47 @@
+#include "support/temp_dir.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+TempDirTest::TempDirTest() : previous(fs::current_path()) {
+    std::string name = (fs::temp_directory_path() / "scrconf-test-XXXXXX").string();
+    directory = mkdtemp(name.data());
+    fs::current_path(directory);
+    terminalErrors = dup(STDERR_FILENO);
+    messageFile = open(".", O_TMPFILE | O_RDWR | O_APPEND, 0600);
+    dup2(messageFile, STDERR_FILENO);
+}
+
+TempDirTest::~TempDirTest() {
+    dup2(terminalErrors, STDERR_FILENO);
+    close(terminalErrors);
+    close(messageFile);
+    fs::current_path(previous);
+    fs::remove_all(directory);
+}
+
+std::string TempDirTest::messages() {
+    std::string text(static_cast<std::size_t>(lseek(messageFile, 0, SEEK_END)), '\0');
+    const ssize_t length = pread(messageFile, text.data(), text.size(), 0);
+    text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    if (ftruncate(messageFile, 0) != 0)
+        ADD_FAILURE() << "the messages stay";
+    return text;
+}
+
+void writeFile(const fs::path &path, std::string_view text) {
+    if (path.has_parent_path())
+        fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string readFile(const fs::path &path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}

@@ -1,0 +1,133 @@
+// What ends a run: the message on standard error, the exit status and the files left behind.
+#include "support/terminal.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+static std::string fatal(const std::string &message) {
+    return "\nFatal error:\n" + message + "\n\n";
+}
+
+struct FaultsTest : TerminalTest {
+    void SetUp() override {
+        TerminalTest::SetUp();
+        writeFile(config, CONFIG_TEXT);
+    }
+    // The messages of a run that is to end with status 1 before it needs a terminal.
+    std::string failure(const Arguments &arguments, const Environment &environment = {}) {
+        const RunResult result = run(arguments, environment);
+        EXPECT_EQ(result.status, 1) << result.errors;
+        EXPECT_EQ(result.output, "");
+        return result.errors;
+    }
+    static constexpr const char *CONFIG_TEXT = "Driver one\nDriver two\n";
+    fs::path root = directory / "root";
+    fs::path config = root / "etc/X11/Xconfig";
+};
+
+TEST_F(FaultsTest, ArgumentsAreTakenInOrder) {
+    for (const char *argument : {"-", "-vdifx", "-x", "", "Xconfig", "-l", "-lh"})
+        EXPECT_EQ(failure({argument}), fatal("Invalid Option")) << argument;
+    EXPECT_EQ(failure({"-x", "-lt"}), fatal("Invalid Option"));
+    EXPECT_EQ(failure({"-4"}), fatal("Must configure screen 3 before screen 4"));
+    EXPECT_EQ(failure({"-0", "-39"}), fatal("Must configure screen 2 before screen 3"));
+    const RunResult check = run({"/x", "-vdif", "-x"});
+    EXPECT_EQ(check.status, 0);
+    EXPECT_EQ(check.output + check.errors, "");
+    const RunResult list = run({"-lt", "-x"}, {}, User::NOBODY);
+    EXPECT_EQ(list.status, 0);
+    EXPECT_TRUE(list.output.starts_with("  1. Arvenne Largo\n  2. Arvenne Minim\n")) << list.output;
+    EXPECT_NE(list.output.find("\n  8. Linear Framebuffer\n"), list.output.npos);
+    EXPECT_EQ(run({"-1"}, {}, User::NOBODY).errors, fatal("must be root to run scrconf"));
+}
+
+TEST_F(FaultsTest, EveryCommandNeedsTheMonitorFiles) {
+    EXPECT_EQ(failure({"-lt"}, {{"VDIF_FILE", "/nowhere"}}), fatal("Problem with /nowhere"));
+    EXPECT_EQ(failure({"-x"}, {{"VDIF_FILE", "/etc"}}), fatal("Problem with /etc"));
+    const std::string library = "/usr/lib/X11/Korvel/MonitorConfig/timings.vda";
+    EXPECT_EQ(run({"-vdif"}, {{"VDIF_FILE", library}}).status, 0);
+    const RunResult monitor =
+        run({"-vdif"}, {{"VDIF_FILE", "/usr/lib/X11/Korvel/MonitorConfig/multisync17.vda"}});
+    EXPECT_EQ(monitor.errors, "");
+    fs::remove(root / library.substr(1));
+    EXPECT_EQ(failure({"-lt"}), fatal("Problem with " + library));
+}
+
+TEST_F(FaultsTest, AConfigurationThatMustNotBeReplacedIsRefused) {
+    ASSERT_EQ(mkfifo((root / "tmp/fifo").c_str(), 0600), 0);
+    EXPECT_EQ(failure({"/tmp/fifo"}), fatal("/tmp/fifo is not a regular file"));
+    EXPECT_EQ(failure({"/etc"}), fatal("/etc is not a regular file"));
+    fs::create_directory(root / "root/.Xconfig");
+    EXPECT_EQ(failure({}), fatal("/root/.Xconfig is not a regular file"));
+    EXPECT_EQ(failure({"/etc/X11/Xconfig.tmp"}),
+              fatal("Cannot edit the temporary file /etc/X11/Xconfig.tmp"));
+    EXPECT_EQ(failure({"/tmp/..//etc/X11/Xconfig.tmp"}),
+              fatal("Cannot edit the temporary file /tmp/..//etc/X11/Xconfig.tmp"));
+    EXPECT_TRUE(fs::is_fifo(root / "tmp/fifo"));
+}
+
+TEST_F(FaultsTest, AtMostEightScreens) {
+    std::string sections;
+    for (int n = 0; n < 8; n++)
+        sections += "Driver x\n";
+    writeFile(config, sections);
+    EXPECT_EQ(failure({"-8"}), fatal("Cannot add screen 8: at most 8 screens"));
+    EXPECT_EQ(failure({"-9"}), fatal("Must configure screen 8 before screen 9"));
+    writeFile(config, sections + "Driver x\n");
+    EXPECT_EQ(failure({"-7"}), fatal("Too many screens in /etc/X11/Xconfig: at most 8"));
+}
+
+TEST_F(FaultsTest, TheTemplateIsNeededWithoutAConfiguration) {
+    fs::remove(config);
+    EXPECT_EQ(failure({"-1"}), fatal("Must configure screen 0 before screen 1"));
+    const std::string path = "/usr/lib/X11/Korvel/scrconf/Xconfig.tmpl";
+    fs::remove(root / path.substr(1));
+    EXPECT_EQ(failure({"-1"}), fatal("failed to open file " + path));
+}
+
+TEST_F(FaultsTest, AMissingDisplayEntryLeavesCursesAndTheFile) {
+    fs::remove_all(root / "usr/lib/X11/Korvel/DisplayConfig/hgx");
+    const std::string message =
+        "Can't open DisplayConfig entry /usr/lib/X11/Korvel/DisplayConfig/hgx/config";
+    start();
+    press("<Enter><Enter><Enter>");
+    EXPECT_EQ(exitStatus(), 1);
+    EXPECT_FALSE(alternateScreen); // where the text would have vanished
+    EXPECT_NE(screen().find(fatal(message)), std::string::npos) << screen();
+    EXPECT_EQ(readFile(config), CONFIG_TEXT);
+    errorsToFile = true;
+    start();
+    press("<Enter><Enter><Enter>");
+    EXPECT_EQ(exitStatus(), 1);
+    EXPECT_EQ(readFile("errors"), fatal(message));
+}
+
+TEST_F(FaultsTest, AMessageIsPaintedOverByTheNextDrawing) {
+    const fs::path entry = root / "usr/lib/X11/Korvel/DisplayConfig/hgx/config";
+    writeFile(entry, "Modes\n1 2 8 60 \"odd\n640 480 8 60 25 word\n");
+    start();
+    press("<Enter><Enter><Enter>");
+    EXPECT_NE(output.find("Unterminated timing name in "), output.npos);
+    EXPECT_EQ(rows(0, 6), "\n\n\n   Supported Modes for Arvenne Largo\n\n"
+                          "     {b: 640 x  480,      256 colors at 60 Hz}\n\n");
+}
+
+TEST_F(FaultsTest, ASmallTerminalAndTheEndOfInput) {
+    errorsToFile = true;
+    lines = 23;
+    start();
+    EXPECT_EQ(exitStatus(), 1);
+    EXPECT_EQ(readFile("errors"),
+              fatal("Terminal too small: 80 columns by 23 lines, at least 80 by 24 needed"));
+    lines = 24;
+    for (const char *keys : {"", "<Enter>", "<Enter><Down><Enter><Enter>"}) {
+        start();
+        press(keys);
+        closeInput();
+        EXPECT_EQ(exitStatus(), 1) << keys;
+        EXPECT_EQ(readFile("errors"), fatal("End of input")) << keys;
+    }
+    EXPECT_EQ(readFile(config), CONFIG_TEXT);
+}
