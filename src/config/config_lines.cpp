@@ -1,92 +1,36 @@
 #include "config/config_lines.h"
 
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdlib>
+
 #include "config/lists.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/paths.h"
 #include "frame/text_scanner.h"
 
-#include <sys/stat.h>
-
-#include <array>
-#include <cstdlib>
-
 static constexpr std::size_t CONFIG_PATH_MAX = 255; // bytes of a per-user path
-static constexpr std::size_t CONFIG_WORD_MAX = 255; // bytes of a keyword
 static constexpr std::size_t CONFIG_VALUE_FROM = 2; // the blank before a value stands here or later
 
 // One slot per entry, in the order in which the new file gets them.
-static constexpr std::array<std::string_view, 71> CONFIG_KEYWORDS = {"OScode",
-                                                                     "LogFile",
-                                                                     "Mouse",
-                                                                     "AdditionalDevice",
-                                                                     "Mouse",
-                                                                     "Buttons",
-                                                                     "Emulate3Buttons",
-                                                                     "BaudRate",
-                                                                     "DataBits",
-                                                                     "StopBits",
-                                                                     "Parity",
-                                                                     "ReportRate",
-                                                                     "TouchScreen",
-                                                                     "TouchCalibration",
-                                                                     "TouchCoordinates",
-                                                                     "TouchAjustX",
-                                                                     "TouchAjustY",
-                                                                     "TouchZThreshold",
-                                                                     "TouchButton4",
-                                                                     "TouchScreenNo",
-                                                                     "TouchConfigurable",
-                                                                     "Nice",
-                                                                     "Trace",
-                                                                     "FontPath",
-                                                                     "ToggleCalibration",
-                                                                     "ToggleSwitchAction",
-                                                                     "ToggleRedrawAction",
-                                                                     "ToggleLockAction",
-                                                                     "VisualClass",
-                                                                     "SnfFormat",
-                                                                     "RemapCursorPad",
-                                                                     "NoLEDs",
-                                                                     "XLEDs",
-                                                                     "NoBackingStore",
-                                                                     "ShareMouse",
-                                                                     "NotPrimaryMonitor",
-                                                                     "HotKeyExit",
-                                                                     "ScoHotKeyExit",
-                                                                     "DisplayDevice",
-                                                                     "Email",
-                                                                     "PhysicalBase",
-                                                                     "Linear",
-                                                                     "XscreenSaverDelay",
-                                                                     "DPMSstandbyDelay",
-                                                                     "DPMSsuspendDelay",
-                                                                     "DPMSoffDelay",
-                                                                     "ScreenLayout",
-                                                                     "ScreenLayout",
-                                                                     "ScreenLayout",
-                                                                     "ScreenLayout",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Option",
-                                                                     "Video"};
+// clang-format off
+static constexpr auto CONFIG_KEYWORDS = std::to_array<std::string_view>({
+    "OScode", "LogFile", "Mouse", "AdditionalDevice", "Mouse", "Buttons", "Emulate3Buttons",
+    "BaudRate", "DataBits", "StopBits", "Parity", "ReportRate", "TouchScreen", "TouchCalibration",
+    "TouchCoordinates", "TouchAjustX", "TouchAjustY", "TouchZThreshold", "TouchButton4",
+    "TouchScreenNo", "TouchConfigurable", "Nice", "Trace", "FontPath", "ToggleCalibration",
+    "ToggleSwitchAction", "ToggleRedrawAction", "ToggleLockAction", "VisualClass", "SnfFormat",
+    "RemapCursorPad", "NoLEDs", "XLEDs", "NoBackingStore", "ShareMouse", "NotPrimaryMonitor",
+    "HotKeyExit", "ScoHotKeyExit", "DisplayDevice", "Email", "PhysicalBase", "Linear",
+    "XscreenSaverDelay", "DPMSstandbyDelay", "DPMSsuspendDelay", "DPMSoffDelay",
+    "ScreenLayout", "ScreenLayout", "ScreenLayout", "ScreenLayout",
+    "Option", "Option", "Option", "Option", "Option", "Option", "Option", "Option", "Option",
+    "Option", "Option", "Option", "Option", "Option", "Option", "Option", "Option", "Option",
+    "Option", "Option", "Video",
+});
+// clang-format on
 
 std::string configPath;
 ConfigLine *configLines = nullptr;
@@ -106,6 +50,36 @@ static std::optional<std::string> userConfigPath() {
     return path.size() <= CONFIG_PATH_MAX ? std::optional(path) : std::nullopt;
 }
 
+struct LineKeyword {
+    std::string_view word;
+    std::string_view rest; // of the line, behind the word
+    LineState state;
+};
+
+// None for a line of white space.
+static std::optional<LineKeyword> classifyLine(std::string_view line) {
+    std::string_view rest = line;
+    if (scanLiteral(rest, "#"))
+        if (const auto word = scanWord(rest))
+            return LineKeyword{*word, rest, LineState::Commented};
+    rest = line;
+    if (const auto word = scanWord(rest))
+        return LineKeyword{*word, rest, LineState::Active};
+    return std::nullopt;
+}
+
+// A value exists when the line is long enough for keyword, separator, one character and line end.
+// It is the text behind the first blank that can stand between keyword and value or, when only tabs
+// stand there, behind the white space that follows the keyword.
+static std::optional<std::string> parseValue(std::string_view line, const LineKeyword &keyword) {
+    const std::size_t around = keyword.state == LineState::Active ? 2 : 4;
+    if (line.size() <= keyword.word.size() + around)
+        return std::nullopt;
+    if (const auto blank = line.find(' ', CONFIG_VALUE_FROM); blank != line.npos)
+        return copyLine(line.substr(blank + 1));
+    return copyLine(skipWhiteSpace(keyword.rest));
+}
+
 std::optional<std::string> locateConfigFile() {
     if (const auto path = userConfigPath(); path && fileExists(*path))
         return path;
@@ -120,40 +94,6 @@ ConfigLine *findFreeSlot(ConfigLine *head, std::string_view keyword) {
     return head;
 }
 
-// The keyword of a line and whether it is commented out. A keyword that is too long is none.
-struct LineKeyword {
-    std::string_view word;
-    LineState state = LineState::Absent; // Absent: the line has no keyword
-};
-static LineKeyword classifyLine(std::string_view line) {
-    std::string_view comment = line;
-    LineState state = LineState::Commented;
-    auto word = scanLiteral(comment, "#") ? scanWord(comment) : std::nullopt;
-    if (!word) {
-        state = LineState::Active;
-        word = scanWord(line);
-    }
-    if (!word || word->size() > CONFIG_WORD_MAX)
-        return {};
-    return {*word, state};
-}
-
-// The text behind the first blank that can stand between keyword and value or, when only tabs stand
-// there, behind the white space that follows the keyword.
-static std::string valueText(std::string_view line, std::string_view word) {
-    if (const auto blank = line.find(' ', CONFIG_VALUE_FROM); blank != line.npos)
-        return copyLine(line.substr(blank + 1));
-    return copyLine(skipWhiteSpace(line.substr(line.find(word) + word.size())));
-}
-
-// A value exists when the line is long enough for keyword, separator, one character and line end.
-static std::optional<std::string> parseValue(std::string_view line, const LineKeyword &keyword) {
-    const std::size_t around = keyword.state == LineState::Active ? 2 : 4;
-    if (line.size() <= keyword.word.size() + around)
-        return std::nullopt;
-    return valueText(line, keyword.word);
-}
-
 ConfigLine *readConfigLines(const std::string &path) {
     auto reader = openLines(path, CONFIG_PIECE_MAX);
     if (!reader)
@@ -163,12 +103,12 @@ ConfigLine *readConfigLines(const std::string &path) {
     while (readLine(*reader, line) && !line.starts_with(CONFIG_SECTION_START)) {
         if (line.size() <= 1)
             continue;
-        const LineKeyword keyword = classifyLine(line);
-        ConfigLine *slot = findFreeSlot(head, keyword.word);
+        const auto keyword = classifyLine(line);
+        ConfigLine *slot = keyword ? findFreeSlot(head, keyword->word) : nullptr;
         if (!slot)
             continue;
-        slot->state = keyword.state;
-        slot->value = parseValue(line, keyword);
+        slot->state = keyword->state;
+        slot->value = parseValue(line, *keyword);
     }
     return head;
 }

@@ -1,17 +1,20 @@
 #include "config/config_writer.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
 #include "config/config_lines.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/paths.h"
 #include "frame/replace_file.h"
 #include "hwdb/pointer_devices.h"
-
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <array>
-#include <string_view>
 
 static constexpr std::string_view WRITER_SECTION_START = "Driver";
 static constexpr int WRITER_PACKED_DEPTH = 24; // bits per pixel that the server must be told of
@@ -52,22 +55,6 @@ static void closeTemporary(File file) {
         fatalError("Cannot write new Xconfig %s\n", CONFIG_TEMP_PATH);
 }
 
-void writeConfig() {
-    File out = createTemporary();
-    const std::string source = templateUsed ? TEMPLATE_PATH : configPath;
-    writeGlobalLines(out.get());
-    for (int index = 0; index < screenCount; index++) {
-        const ScreenConfig &screen = screens[index];
-        if (screen.unchanged)
-            copyScreenSection(index, source, out.get());
-        else
-            writeScreenSection(out.get(), screen);
-    }
-    closeTemporary(std::move(out));
-    if (!replaceFile(CONFIG_TEMP_PATH, configPath))
-        fatalError("Cannot install new Xconfig %s\n", configPath.c_str());
-}
-
 static void writeText(std::FILE *out, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), out);
 }
@@ -88,6 +75,57 @@ static void writeSlot(std::FILE *out, const ConfigLine &line) {
     writeText(out, " ");
     writeText(out, line.value.value_or(""));
     writeText(out, "\n");
+}
+
+// Copies the template of the screen section, which ends where the modes of the entry begin.
+static void copyTemplate(std::FILE *out, const CardEntry &card) {
+    const std::string path = displayConfigPath(card.cardClass);
+    auto reader = openLines(path, DISPLAY_PIECE_MAX);
+    if (!reader)
+        fatalError("Can't open DisplayConfig entry %s\n", path.c_str());
+    std::string_view piece;
+    while (readPiece(*reader, piece) && !piece.starts_with(DISPLAY_MODES)) {
+        if (!piece.starts_with(CONFIG_SECTION_START)) {
+            writeText(out, piece);
+            continue;
+        }
+        writeText(out, "\n\n");
+        writeText(out, piece);
+        std::fprintf(out, "Card %s\n", card.name.c_str());
+    }
+}
+
+static void writeExtraLines(std::FILE *out, const std::vector<std::string> &lines) {
+    for (const std::string &line : lines)
+        std::fprintf(out, "%s\n", line.c_str());
+}
+
+static void writeModeLine(std::FILE *out, const VideoMode &mode) {
+    std::fprintf(out, "\"%s\" %1.1f ", mode.name.c_str(), static_cast<double>(mode.clock));
+    if (mode.timingRef)
+        std::fprintf(out, "0 0 0 0 0 0 0 0 ");
+    else
+        std::fprintf(out, "%d %d %d %d %d %d %d %d ", mode.hDisplay, mode.hSyncStart, mode.hSyncEnd,
+                     mode.hTotal, mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal);
+    for (const FlagWord &entry : WRITER_FLAG_WORDS)
+        std::fprintf(out, "%s", mode.flags & entry.flag ? entry.word : "");
+    std::fprintf(out, "\n");
+}
+
+void writeConfig() {
+    File out = createTemporary();
+    const std::string source = templateUsed ? TEMPLATE_PATH : configPath;
+    writeGlobalLines(out.get());
+    for (int index = 0; index < screenCount; index++) {
+        const ScreenConfig &screen = screens[index];
+        if (screen.unchanged)
+            copyScreenSection(index, source, out.get());
+        else
+            writeScreenSection(out.get(), screen);
+    }
+    closeTemporary(std::move(out));
+    if (!replaceFile(CONFIG_TEMP_PATH, configPath))
+        fatalError("Cannot install new Xconfig %s\n", configPath.c_str());
 }
 
 void writeGlobalLines(std::FILE *out) {
@@ -112,39 +150,6 @@ void copyScreenSection(int index, const std::string &source, std::FILE *out) {
         if (number == index)
             writeText(out, piece);
     }
-}
-
-// Copies the template of the screen section, which ends where the modes of the entry begin.
-static void copyTemplate(std::FILE *out, const CardEntry &card) {
-    const std::string path = displayConfigPath(card.cardClass);
-    auto reader = openLines(path, DISPLAY_PIECE_MAX);
-    if (!reader)
-        fatalError("Can't open DisplayConfig entry %s\n", path.c_str());
-    std::string_view piece;
-    while (readPiece(*reader, piece) && !piece.starts_with(DISPLAY_MODES)) {
-        const bool startsSection = piece.starts_with(CONFIG_SECTION_START);
-        writeText(out, startsSection ? "\n\n" : "");
-        writeText(out, piece);
-        if (startsSection)
-            std::fprintf(out, "Card %s\n", card.name.c_str());
-    }
-}
-
-static void writeExtraLines(std::FILE *out, const std::vector<std::string> &lines) {
-    for (const std::string &line : lines)
-        std::fprintf(out, "%s\n", line.c_str());
-}
-
-static void writeModeLine(std::FILE *out, const VideoMode &mode) {
-    std::fprintf(out, "\"%s\" %1.1f ", mode.name.c_str(), static_cast<double>(mode.clock));
-    if (mode.timingRef)
-        std::fprintf(out, "0 0 0 0 0 0 0 0 ");
-    else
-        std::fprintf(out, "%d %d %d %d %d %d %d %d ", mode.hDisplay, mode.hSyncStart, mode.hSyncEnd,
-                     mode.hTotal, mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal);
-    for (const FlagWord &entry : WRITER_FLAG_WORDS)
-        std::fprintf(out, "%s", mode.flags & entry.flag ? entry.word : "");
-    std::fprintf(out, "\n");
 }
 
 void writeScreenSection(std::FILE *out, const ScreenConfig &screen) {

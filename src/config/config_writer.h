@@ -7,10 +7,10 @@
 // Errors end the process and leave the old file as it was; each names its file.
 #pragma once
 
-#include "config/screen_config.h"
-
 #include <cstdio>
 #include <string>
+
+#include "config/screen_config.h"
 
 // Writes the new configuration to CONFIG_TEMP_PATH and replaces the file at configPath by it.
 // The caller sees to it that every changed screen has a selected mode.

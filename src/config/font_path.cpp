@@ -1,15 +1,15 @@
 #include "config/font_path.h"
 
-#include "frame/messages.h"
-#include "frame/paths.h"
-
 #include <dirent.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <new>
+
+#include "frame/allocation.h"
+#include "frame/messages.h"
+#include "frame/paths.h"
 
 static constexpr std::size_t FONT_PATH_MAX = 1023; // bytes of the path of a "fonts.dir" file
 static constexpr std::array<std::string_view, 3> FONT_PREFERRED = {"misc", "75dpi", "100dpi"};
@@ -18,26 +18,21 @@ struct CloseDirectory {
     void operator()(DIR *directory) const { closedir(directory); }
 };
 
-// While it lives, exhausted memory is an exception and not the end of the process.
-struct AllocationGuard {
-    std::new_handler previous = std::set_new_handler(nullptr);
-    AllocationGuard() = default;
-    AllocationGuard(const AllocationGuard &) = delete;
-    AllocationGuard &operator=(const AllocationGuard &) = delete;
-    ~AllocationGuard() { std::set_new_handler(previous); }
-};
-
-std::optional<std::string> findFontPath() {
+static std::optional<std::string> copyFallback() {
     const AllocationGuard guard;
     try {
-        std::vector<FontElement> table;
-        for (const char *candidate : FONT_DIRECTORIES)
-            scanFontDirectory(candidate, table);
-        auto joined = joinFontPath(table);
-        return joined ? joined : FONT_FALLBACK_PATH;
+        return FONT_FALLBACK_PATH;
     } catch (const std::bad_alloc &) {
         return std::nullopt;
     }
+}
+
+std::optional<std::string> findFontPath() {
+    std::vector<FontElement> table;
+    for (const char *candidate : FONT_DIRECTORIES)
+        scanFontDirectory(candidate, table);
+    auto joined = joinFontPath(table);
+    return joined ? joined : copyFallback();
 }
 
 void scanFontDirectory(const std::string &dir, std::vector<FontElement> &table) {
@@ -67,8 +62,8 @@ std::optional<std::string> joinFontPath(std::vector<FontElement> &table) {
     if (!joined)
         return std::nullopt;
     for (const std::string_view name : FONT_PREFERRED)
-        if (const FontElement *element = takeElementByName(name, table))
-            joined->append(element->path).append(",");
+        if (const std::string *path = takeElementByName(name, table))
+            joined->append(*path).append(",");
     for (const FontElement &element : table)
         if (!element.taken)
             joined->append(element.path).append(",");
@@ -76,12 +71,12 @@ std::optional<std::string> joinFontPath(std::vector<FontElement> &table) {
     return joined;
 }
 
-const FontElement *takeElementByName(std::string_view name, std::vector<FontElement> &table) {
+const std::string *takeElementByName(std::string_view name, std::vector<FontElement> &table) {
     for (FontElement &element : table) {
         if (std::string_view(element.path).substr(element.path.rfind('/') + 1) != name)
             continue;
         element.taken = true;
-        return &element;
+        return &element.path;
     }
     return nullptr;
 }
@@ -90,6 +85,7 @@ std::optional<std::string> AllocateBuffer(const std::vector<FontElement> &table)
     std::size_t size = 1;
     for (const FontElement &element : table)
         size += element.path.size() + 1;
+    const AllocationGuard guard;
     try {
         std::string buffer;
         buffer.reserve(size);

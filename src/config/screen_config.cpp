@@ -1,11 +1,12 @@
 #include "config/screen_config.h"
 
+#include <string_view>
+
 #include "config/config_lines.h"
+#include "frame/allocation.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/text_scanner.h"
-
-#include <string_view>
 
 static constexpr std::string_view SCREEN_CARD = "Card ", SCREEN_VIRTUAL = "Virtual ",
                                   SCREEN_DEPTH = "Depth ", SCREEN_MODES = "Modes",
@@ -24,14 +25,22 @@ struct SectionReader {
     ScreenConfig &screen;
     VideoMode **end = &screen.modes;
     bool inModes = false;
-    bool full = false; // SCREEN_MODE_MAX was passed
+    bool surplusReported = false; // of modes beyond SCREEN_MODE_MAX
 };
 
+static CardEntry *makeCard(std::string_view name) {
+    const AllocationGuard guard;
+    try {
+        return new CardEntry{nullptr, copyLine(name), {}, {}, 0};
+    } catch (const std::bad_alloc &) {
+        fatalError("could not allocate screen->card\n");
+    }
+}
+
 // A setting with fewer numbers than it needs leaves the screen as it is.
-static void readSetting(SectionReader &section, std::string_view line) {
-    ScreenConfig &screen = section.screen;
+static void readSetting(ScreenConfig &screen, std::string_view line) {
     if (scanLiteral(line, SCREEN_CARD)) {
-        screen.card = new CardEntry{nullptr, copyLine(line), {}, {}, 0};
+        screen.card = makeCard(line);
     } else if (scanLiteral(line, SCREEN_VIRTUAL)) {
         const auto width = scanInt(line), height = scanInt(line);
         if (width && height) {
@@ -40,16 +49,14 @@ static void readSetting(SectionReader &section, std::string_view line) {
         }
     } else if (scanLiteral(line, SCREEN_DEPTH)) {
         screen.depth = scanInt(line).value_or(screen.depth);
-    } else {
-        section.inModes = line.starts_with(SCREEN_MODES);
     }
 }
 
-static void reportFullSection(SectionReader &section) {
-    if (!section.full)
+static void reportSurplus(SectionReader &section) {
+    if (!section.surplusReported)
         showMessage("Screen section %d of %s: only the first %d modes are shown\n", section.index,
                     section.path.c_str(), SCREEN_MODE_MAX);
-    section.full = true;
+    section.surplusReported = true;
 }
 
 static void readModeLine(SectionReader &section, std::string_view line) {
@@ -62,7 +69,7 @@ static void readModeLine(SectionReader &section, std::string_view line) {
         return;
     ScreenConfig &screen = section.screen;
     if (screen.selection.size() == SCREEN_MODE_MAX) {
-        reportFullSection(section);
+        reportSurplus(section);
         return;
     }
     auto *mode = new VideoMode;
@@ -89,12 +96,14 @@ bool parseScreenSection(const std::string &path, int index, ScreenConfig &screen
             number++;
         if (number != index)
             continue;
-        if (!section.inModes)
-            readSetting(section, line);
-        else if (line.starts_with(SCREEN_MODE_DB))
+        if (section.inModes && line.starts_with(SCREEN_MODE_DB))
             break;
-        else
+        if (section.inModes)
             readModeLine(section, line);
+        else if (line.starts_with(SCREEN_MODES))
+            section.inModes = true;
+        else
+            readSetting(screen, line);
     }
     return number >= index;
 }

@@ -11,13 +11,13 @@
 //     ModeDB                      ends the reading, as does the end of the section
 #pragma once
 
-#include "hwdb/card_list.h"
-#include "hwdb/display_entry.h"
-
 #include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "hwdb/card_list.h"
+#include "hwdb/display_entry.h"
 
 inline constexpr int SCREEN_MAX = 8;       // screens that a configuration can hold
 inline constexpr int SCREEN_MODE_MAX = 99; // modes that are read of a section
@@ -35,7 +35,7 @@ struct ScreenConfig {
 extern std::array<ScreenConfig, SCREEN_MAX> screens;
 extern int screenCount;   // records in use
 extern int currentScreen; // the X screen that this run configures, from 0
-extern int templateUsed;  // 1: the template was read because there is no configuration
+extern int templateUsed;  // 1: the template was read, as no configuration could be
 
 // Reads the screen section with the given index, from 0, into the record and returns true; false
 // when the file has no such section, and the record is then an empty one. A file that cannot be

@@ -1,15 +1,15 @@
 #include "frame/command_line.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
 #include "catalogue/catalogue.h"
 #include "config/config_lines.h"
 #include "config/lists.h"
 #include "config/screen_config.h"
 #include "frame/messages.h"
 #include "hwdb/card_list.h"
-
-#include <cstdio>
-#include <cstdlib>
-#include <string_view>
 
 static constexpr int COMMAND_MARKS = 1; // catalogue cells show a mark in place of refresh rates
 

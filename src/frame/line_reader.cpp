@@ -1,18 +1,11 @@
 #include "frame/line_reader.h"
 
-#include "frame/messages.h"
-
 #include <algorithm>
 #include <cstring>
 
-static constexpr std::size_t READER_BLOCK_SIZE = 65536; // bytes; far above every piece size
+#include "frame/messages.h"
 
-std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMax) {
-    File file = openForReading(path);
-    if (!file)
-        return std::nullopt;
-    return LineReader{std::move(file), path, pieceMax, std::string(READER_BLOCK_SIZE, '\0')};
-}
+static constexpr std::size_t READER_BLOCK_SIZE = 65536; // bytes; far above every piece size
 
 // Moves the rest of the block to its front and fills the space behind it.
 static void fillBlock(LineReader &reader) {
@@ -27,6 +20,13 @@ static void fillBlock(LineReader &reader) {
         fatalError("Cannot read %s\n", reader.path.c_str());
     reader.end += count;
     reader.atEnd = count < space;
+}
+
+std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMax) {
+    File file = openForReading(path);
+    if (!file)
+        return std::nullopt;
+    return LineReader{std::move(file), path, pieceMax, std::string(READER_BLOCK_SIZE, '\0')};
 }
 
 bool readPiece(LineReader &reader, std::string_view &piece) {

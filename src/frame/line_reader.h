@@ -3,12 +3,12 @@
 // own.
 #pragma once
 
-#include "frame/file.h"
-
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "frame/file.h"
 
 struct LineReader {
     File file;

@@ -1,11 +1,11 @@
 // The entry point.
+#include <clocale>
+#include <new>
+
 #include "frame/command_line.h"
 #include "frame/main_menu.h"
 #include "frame/messages.h"
 #include "frame/startup.h"
-
-#include <clocale>
-#include <new>
 
 int main(int argc, char **argv) {
     std::setlocale(LC_CTYPE, ""); // line drawing follows the terminal; numbers keep their form

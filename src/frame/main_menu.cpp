@@ -1,5 +1,8 @@
 #include "frame/main_menu.h"
 
+#include <array>
+#include <string_view>
+
 #include "config/config_writer.h"
 #include "frame/messages.h"
 #include "ui/card_selection.h"
@@ -8,9 +11,6 @@
 #include "ui/menu.h"
 #include "ui/pointer_selection.h"
 #include "ui/status_panel.h"
-
-#include <array>
-#include <string_view>
 
 // The choices of the main menu; the previous menu is the way out.
 enum MainChoice { MAIN_PREVIOUS, MAIN_CARD, MAIN_MOUSE, MAIN_SAVE, MAIN_QUIT };
@@ -35,16 +35,13 @@ static Menu makeMainMenu() {
     return menu;
 }
 
-// A screen configured in this run needs a mode: a section without one starts no server.
-static bool checkSelections() {
-    for (int index = 0; index < screenCount; index++) {
-        const ScreenConfig &screen = screens[index];
-        if (screen.unchanged || !screen.selection.empty())
-            continue;
-        showNotice("Screen " + std::to_string(index + 1) + " has no modes selected");
-        return false;
-    }
-    return true;
+// The screen that was configured needs a mode: a section without one starts no server.
+static bool checkSelection() {
+    const ScreenConfig &screen = screens[currentScreen];
+    if (screen.unchanged || !screen.selection.empty())
+        return true;
+    showNotice("Screen " + std::to_string(currentScreen + 1) + " has no modes selected");
+    return false;
 }
 
 // Does what was chosen; false when that ends the interactive mode.
@@ -57,7 +54,7 @@ static bool actOnChoice(int choice) {
         selectPointerDevice();
         return true;
     case MAIN_SAVE:
-        if (!checkSelections())
+        if (!checkSelection())
             return true;
         writeConfig();
         return false;

@@ -5,7 +5,7 @@
 
 extern const char *const CONFIG_PATH;         // the server configuration file
 extern const char *const CONFIG_TEMP_PATH;    // the new configuration while it is written
-extern const char *const TEMPLATE_PATH;       // stands in when there is no configuration
+extern const char *const TEMPLATE_PATH;       // stands in when no configuration can be read
 extern const char *const CARD_LIST_PATH;      // supported cards by class
 extern const char *const POINTER_LIST_PATH;   // pointer device types
 extern const char *const DISPLAY_CONFIG_DIR;  // one folder per card class; ends in "/"

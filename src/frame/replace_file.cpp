@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <utility>
 
+namespace fs = std::filesystem;
+
 static constexpr mode_t REPLACE_NEW_MODE = 0644;
 static constexpr mode_t REPLACE_MODE_BITS = 07777;
 
@@ -26,6 +28,15 @@ struct Descriptor {
     }
 };
 
+// Changes the owner only where it differs: who may not give files away may still keep his own.
+static bool takeOverOwner(int descriptor, const struct stat &old) {
+    struct stat now = {};
+    if (fstat(descriptor, &now) != 0)
+        return false;
+    return (now.st_uid == old.st_uid && now.st_gid == old.st_gid) ||
+           fchown(descriptor, old.st_uid, old.st_gid) == 0;
+}
+
 // Gives the new file the owner and permission bits that the file at `path` is to have.
 static bool takeOverAttributes(int descriptor, const std::string &path) {
     struct stat old = {};
@@ -33,16 +44,18 @@ static bool takeOverAttributes(int descriptor, const std::string &path) {
         return errno == ENOENT && fchmod(descriptor, REPLACE_NEW_MODE) == 0;
     if (S_ISLNK(old.st_mode))
         return fchmod(descriptor, REPLACE_NEW_MODE) == 0;
-    return S_ISREG(old.st_mode) && fchown(descriptor, old.st_uid, old.st_gid) == 0 &&
+    return S_ISREG(old.st_mode) && takeOverOwner(descriptor, old) &&
            fchmod(descriptor, old.st_mode & REPLACE_MODE_BITS) == 0;
 }
 
+static fs::path directoryOf(const std::string &path) {
+    const fs::path parent = fs::path(path).parent_path();
+    return parent.empty() ? "." : parent;
+}
+
 // File systems that cannot sync a directory say EINVAL; there is no more to do on them.
-static bool syncDirectory(const std::string &path) {
-    const auto parent = std::filesystem::path(path).parent_path();
-    const Descriptor directory(
-        open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return directory.number >= 0 && (fsync(directory.number) == 0 || errno == EINVAL);
+static bool syncDirectory(const Descriptor &directory) {
+    return fsync(directory.number) == 0 || errno == EINVAL;
 }
 
 static bool writeAll(int descriptor, const char *data, std::size_t size) {
@@ -73,7 +86,7 @@ static bool copyContents(int from, int to) {
 
 // Copies the new file beside `path` and renames the copy.
 static bool replaceAcrossFileSystems(int source, const std::string &path) {
-    std::string copyPath = path + ".XXXXXX";
+    std::string copyPath = directoryOf(path) / "Xconfig.XXXXXX";
     Descriptor copy(mkostemp(copyPath.data(), O_CLOEXEC));
     if (copy.number < 0)
         return false;
@@ -87,11 +100,14 @@ static bool replaceAcrossFileSystems(int source, const std::string &path) {
 
 bool replaceFile(const std::string &newPath, const std::string &path) {
     const Descriptor source(open(newPath.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (source.number < 0 || !takeOverAttributes(source.number, path) || fsync(source.number) != 0)
+    const Descriptor directory(open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (source.number < 0 || directory.number < 0 || !takeOverAttributes(source.number, path) ||
+        fsync(source.number) != 0)
         return false;
     if (std::rename(newPath.c_str(), path.c_str()) == 0)
-        return syncDirectory(path);
-    if (errno != EXDEV || !replaceAcrossFileSystems(source.number, path) || !syncDirectory(path))
+        return syncDirectory(directory);
+    if (errno != EXDEV || !replaceAcrossFileSystems(source.number, path) ||
+        !syncDirectory(directory))
         return false;
     unlink(newPath.c_str());
     return true;

@@ -1,5 +1,11 @@
 #include "frame/startup.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
 #include "config/config_lines.h"
 #include "config/font_path.h"
 #include "config/screen_config.h"
@@ -9,27 +15,16 @@
 #include "hwdb/pointer_devices.h"
 #include "vdif/vdif_reader.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
-
 namespace fs = std::filesystem;
 
-void loadMonitors() {
-    const char *monitorPath = std::getenv("VDIF_FILE");
-    if (!loadMonitorDescriptions(TIMING_LIBRARY_PATH, monitorPath))
-        fatalError("Problem with %s\n", monitorPath ? monitorPath : TIMING_LIBRARY_PATH);
-}
-
-// True when the path leads to the temporary file, under whatever name.
+// True when the path leads to the temporary file, through links and mounts as well.
 static bool isTemporaryFile(const fs::path &path) {
     const fs::path temporary = CONFIG_TEMP_PATH;
     std::error_code error;
-    const fs::path directory = fs::weakly_canonical(temporary.parent_path(), error);
+    const fs::path target = fs::weakly_canonical(path, error);
     return path == temporary ||
-           fs::weakly_canonical(path, error) == directory / temporary.filename();
+           (target.filename() == temporary.filename() &&
+            fs::equivalent(target.parent_path(), temporary.parent_path(), error));
 }
 
 // Saving removes the temporary file and replaces a regular file; neither must be what is edited.
@@ -100,6 +95,12 @@ static void settleScreenNumber() {
     if (screenCount == SCREEN_MAX)
         fatalError("Cannot add screen %d: at most %d screens\n", currentScreen, SCREEN_MAX);
     appendPlaceholderScreen();
+}
+
+void loadMonitors() {
+    const char *monitorPath = std::getenv("VDIF_FILE");
+    if (!loadMonitorDescriptions(TIMING_LIBRARY_PATH, monitorPath))
+        fatalError("Problem with %s\n", monitorPath ? monitorPath : TIMING_LIBRARY_PATH);
 }
 
 void prepareInteractiveMode(const char *programName) {

@@ -1,17 +1,18 @@
 #include "hwdb/card_list.h"
 
+#include <algorithm>
+#include <deque>
+#include <optional>
+
 #include "config/lists.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/paths.h"
 #include "hwdb/extra_lines.h"
 
-#include <algorithm>
-#include <deque>
-#include <optional>
-
-static constexpr std::size_t CARD_PIECE_MAX = 1022;    // bytes of a line read at once
-static constexpr std::size_t CARD_SHORT_LINE = 5;      // characters; lines up to here are no cards
+static constexpr std::size_t CARD_PIECE_MAX = 1022; // bytes of a line read at once
+static constexpr std::size_t CARD_SHORT_LINE =
+    5; // characters with the line end; no card is that short
 static constexpr std::size_t CARD_CLASS_TEXT_FROM = 6; // behind "Class" and one separator
 static constexpr std::string_view CARD_CLASS = "Class";
 

@@ -2,9 +2,10 @@
 //
 // File format (CARD_LIST_PATH), one line each:
 //     Class <text>              class of the cards that follow: the folder of their display entry
-//     : <text>                  extra line of the card above, written into its screen section
+//     : <text>                  extra line for the screen section of the card above or, behind a
+//                               class, of its first card
 //     <name>[, <description>]   a card; the description is not read
-//     # ...                     comment; a line of up to 5 characters is passed over as well
+//     # ...                     comment; a line of less than 5 characters is passed over as well
 //
 // Errors: a file that cannot be opened ends the process; a card before the first class is reported
 // and skipped.

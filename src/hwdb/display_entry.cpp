@@ -1,15 +1,15 @@
 #include "hwdb/display_entry.h"
 
+#include <array>
+#include <cstdio>
+#include <span>
+
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/paths.h"
 #include "frame/text_scanner.h"
 #include "hwdb/extra_lines.h"
 #include "vdif/mode_timing.h"
-
-#include <array>
-#include <cstdio>
-#include <span>
 
 static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
 static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters

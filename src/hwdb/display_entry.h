@@ -9,7 +9,8 @@
 //     <width> <height> <depth> <refresh> <clock> <8 timings> [<flags>]      full timing
 //     <width> <height> <depth> <refresh> "<timing>"       timing of the monitor description
 //     <width> <height> <depth> <refresh> <clock> <word> [<flags>]           the server's own timing
-//     : <text>                  extra line of the mode above, written into the screen section
+//     : <text>                  extra line for the screen section with the mode above or, before
+//                               the first mode, with that one
 // Depth in bits per pixel, refresh in Hz (negative: a code for a text), clock in MHz, timings in
 // pixels and lines.
 //
@@ -18,14 +19,14 @@
 // the monitor description lacks is left out.
 #pragma once
 
-#include "hwdb/card_list.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "hwdb/card_list.h"
 
 inline constexpr std::size_t DISPLAY_PIECE_MAX = 1022; // bytes of a line read at once
 inline constexpr std::string_view DISPLAY_MODES = "Modes";

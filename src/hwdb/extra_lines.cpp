@@ -1,8 +1,8 @@
 #include "hwdb/extra_lines.h"
 
-#include "frame/messages.h"
-
 #include <algorithm>
+
+#include "frame/messages.h"
 
 static constexpr std::size_t EXTRA_TEXT_FROM = 2; // behind the ":" and one separator
 

@@ -1,13 +1,13 @@
 #include "hwdb/pointer_devices.h"
 
+#include <array>
+#include <string_view>
+
 #include "config/config_lines.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/paths.h"
 #include "frame/text_scanner.h"
-
-#include <array>
-#include <string_view>
 
 static constexpr std::size_t POINTER_PIECE_MAX = 1023; // bytes of a line read at once
 static constexpr std::string_view POINTER_MOUSE = "Mouse", POINTER_TOUCH_SCREEN = "TouchScreen",

@@ -1,12 +1,12 @@
 #include "ui/card_selection.h"
 
-#include "ui/dialog.h"
-#include "ui/menu.h"
-
 #include <algorithm>
 #include <optional>
 #include <unordered_set>
 #include <utility>
+
+#include "ui/dialog.h"
+#include "ui/menu.h"
 
 static constexpr int SELECTION_WIDTH = 60, SELECTION_MODES_WIDTH = 75; // columns
 

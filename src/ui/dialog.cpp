@@ -63,6 +63,16 @@ static Dialog openDialog(int screenColumn, int screenRow, const std::string &tex
             prompt ? DIALOG_TEXT_ROW : DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN + before};
 }
 
+static void eraseLast(WINDOW *window, int row, int column, std::string &buffer) {
+    if (buffer.empty())
+        return;
+    buffer.pop_back();
+    if (!moveToCell(window, row, column, buffer.size()))
+        return;
+    waddch(window, ' ');
+    moveToCell(window, row, column, buffer.size());
+}
+
 std::optional<std::string> showDialog(int screenColumn, int screenRow, const std::string &text,
                                       DialogKind kind) {
     Dialog dialog = openDialog(screenColumn, screenRow, text, kind);
@@ -77,16 +87,6 @@ std::optional<std::string> showDialog(int screenColumn, int screenRow, const std
 
 void showNotice(const std::string &text) {
     showDialog(DIALOG_NOTICE_COLUMN, DIALOG_NOTICE_ROW, text, DIALOG_NOTICE);
-}
-
-static void eraseLast(WINDOW *window, int row, int column, std::string &buffer) {
-    if (buffer.empty())
-        return;
-    buffer.pop_back();
-    if (!moveToCell(window, row, column, buffer.size()))
-        return;
-    waddch(window, ' ');
-    moveToCell(window, row, column, buffer.size());
 }
 
 int editLine(WINDOW *window, int row, int column, std::string &buffer, std::size_t size) {

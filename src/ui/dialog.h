@@ -2,11 +2,11 @@
 // it.
 #pragma once
 
-#include "ui/window.h"
-
 #include <cstddef>
 #include <optional>
 #include <string>
+
+#include "ui/window.h"
 
 enum DialogKind {
     DIALOG_PROMPT = 1, // reads a line of text

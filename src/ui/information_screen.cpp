@@ -1,12 +1,12 @@
 #include "ui/information_screen.h"
 
-#include "frame/line_reader.h"
-#include "frame/paths.h"
-#include "ui/window.h"
-
 #include <array>
 #include <cstdio>
 #include <string>
+
+#include "frame/line_reader.h"
+#include "frame/paths.h"
+#include "ui/window.h"
 
 static constexpr std::size_t INFORMATION_VERSION_MAX = 126; // bytes of the version line
 static constexpr int INFORMATION_MARGIN = 1, INFORMATION_INDENT = 8, INFORMATION_VERSION_COLUMN = 9;

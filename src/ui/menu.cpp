@@ -7,28 +7,6 @@ static constexpr int MENU_ITEM_COLUMN = 2, MENU_ITEM_ROW = 2;
 static constexpr int MENU_SCREEN_COLUMN = 3, MENU_SCREEN_ROW = 3;
 static constexpr int MENU_HEIGHT = 20; // lines
 
-Menu makeListMenu(std::string title, const char *hint, int width, unsigned flags) {
-    Menu menu;
-    menu.title = std::move(title);
-    menu.hint = hint;
-    menu.itemColumn = MENU_ITEM_COLUMN;
-    menu.itemRow = MENU_ITEM_ROW;
-    menu.screenColumn = MENU_SCREEN_COLUMN;
-    menu.screenRow = MENU_SCREEN_ROW;
-    menu.width = width;
-    menu.height = MENU_HEIGHT;
-    menu.flags = flags;
-    return menu;
-}
-
-void openMenu(Menu &menu) {
-    menu.window = openWindow(menu.screenColumn, menu.screenRow, menu.width, menu.height);
-    keypad(menu.window.get(), TRUE);
-    menu.firstVisible = 0;
-    menu.current = 0;
-    menu.marks.clear();
-}
-
 static int visibleItems(const Menu &menu) {
     return std::min(menu.itemCount, menu.height - 2 * menu.itemRow);
 }
@@ -57,14 +35,6 @@ static void paintMenu(const Menu &menu) {
     putText(window, menu.height - 1, menu.itemColumn, menu.hint);
     wmove(window, menu.itemRow + menu.current - menu.firstVisible, menu.itemColumn);
     wrefresh(window);
-}
-
-void drawMenu(Menu &menu) {
-    const int visible = visibleItems(menu);
-    if (menu.current >= menu.firstVisible + visible)
-        menu.firstVisible = menu.current - visible + 1;
-    menu.firstVisible = std::clamp(menu.firstVisible, 0, menu.current);
-    showWindow(menu.window.get(), [&menu] { paintMenu(menu); });
 }
 
 static void moveHighlight(Menu &menu, int step) {
@@ -96,6 +66,36 @@ static int confirmChoice(Menu &menu, bool toggled) {
         collectMarks(menu);
     }
     return menu.current + 1;
+}
+
+Menu makeListMenu(std::string title, const char *hint, int width, unsigned flags) {
+    Menu menu;
+    menu.title = std::move(title);
+    menu.hint = hint;
+    menu.itemColumn = MENU_ITEM_COLUMN;
+    menu.itemRow = MENU_ITEM_ROW;
+    menu.screenColumn = MENU_SCREEN_COLUMN;
+    menu.screenRow = MENU_SCREEN_ROW;
+    menu.width = width;
+    menu.height = MENU_HEIGHT;
+    menu.flags = flags;
+    return menu;
+}
+
+void openMenu(Menu &menu) {
+    menu.window = openWindow(menu.screenColumn, menu.screenRow, menu.width, menu.height);
+    keypad(menu.window.get(), TRUE);
+    menu.firstVisible = 0;
+    menu.current = 0;
+    menu.marks.clear();
+}
+
+void drawMenu(Menu &menu) {
+    const int visible = visibleItems(menu);
+    if (menu.current >= menu.firstVisible + visible)
+        menu.firstVisible = menu.current - visible + 1;
+    menu.firstVisible = std::clamp(menu.firstVisible, 0, menu.current);
+    showWindow(menu.window.get(), [&menu] { paintMenu(menu); });
 }
 
 int runMenu(Menu &menu) {

@@ -1,12 +1,12 @@
 // Menus: a scrolling list of items in a window, of which one is chosen or several are marked.
 #pragma once
 
-#include "config/lists.h"
-#include "ui/window.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "config/lists.h"
+#include "ui/window.h"
 
 inline constexpr unsigned MENU_MULTI = 0x1; // several items can be marked with the space key
 

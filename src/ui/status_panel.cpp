@@ -1,11 +1,11 @@
 #include "ui/status_panel.h"
 
+#include <string>
+#include <vector>
+
 #include "config/config_lines.h"
 #include "hwdb/pointer_devices.h"
 #include "ui/window.h"
-
-#include <string>
-#include <vector>
 
 static constexpr int STATUS_COLUMN = 1, STATUS_ROW = 1; // of the window, and of the title in it
 static constexpr int STATUS_WIDTH = 79, STATUS_HEIGHT = 10;

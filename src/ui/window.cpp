@@ -1,7 +1,5 @@
 #include "ui/window.h"
 
-#include "frame/messages.h"
-
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -12,6 +10,8 @@
 #include <cwchar>
 #include <string>
 #include <vector>
+
+#include "frame/messages.h"
 
 static constexpr int WINDOW_TAB_CELLS = 8;
 
@@ -38,11 +38,6 @@ static std::vector<OpenWindow>::iterator findWindow(const WINDOW *window) {
 // The signals that are let through while input is waited for.
 static sigset_t waitSignals;
 
-void CloseWindow::operator()(WINDOW *window) const {
-    openWindows().erase(findWindow(window));
-    delwin(window);
-}
-
 // A resize is told by a signal. It is held back except while input is waited for, so that none is
 // missed between a drawing and the wait.
 static void holdResizeSignal() {
@@ -51,47 +46,6 @@ static void holdResizeSignal() {
     sigaddset(&resize, SIGWINCH);
     sigprocmask(SIG_BLOCK, &resize, &waitSignals);
     sigdelset(&waitSignals, SIGWINCH);
-}
-
-void startCurses() {
-    holdResizeSignal();
-    initscr();
-    cursesActive = true;
-    if (LINES < SCREEN_MIN_LINES || COLS < SCREEN_MIN_COLUMNS) {
-        const int columns = COLS, lines = LINES;
-        endCurses();
-        fatalError("Terminal too small: %d columns by %d lines, at least %d by %d needed\n",
-                   columns, lines, SCREEN_MIN_COLUMNS, SCREEN_MIN_LINES);
-    }
-    if (has_colors())
-        start_color();
-    noecho();
-    raw();
-    typeahead(-1); // a redraw is finished even when more input waits
-    openWindows().push_back({stdscr, 0, 0, 0, 0, {}});
-}
-
-Window openWindow(int screenColumn, int screenRow, int width, int height) {
-    WINDOW *window = newwin(height, width, screenRow, screenColumn);
-    if (!window)
-        fatalError("Cannot open a window of %d columns by %d lines\n", width, height);
-    wattrset(window, A_NORMAL);
-    werase(window);
-    openWindows().push_back({window, screenColumn, screenRow, width, height, {}});
-    return Window(window);
-}
-
-void showWindow(WINDOW *window, std::function<void()> paint) {
-    paint();
-    const auto shown = findWindow(window);
-    shown->paint = std::move(paint);
-    std::rotate(shown, shown + 1, openWindows().end());
-}
-
-void hideWindow(WINDOW *window) {
-    findWindow(window)->paint = nullptr;
-    werase(window);
-    wrefresh(window);
 }
 
 // Gives every window its size and place again, which curses changes when it does not fit, and draws
@@ -151,6 +105,52 @@ static Glyph firstGlyph(std::string_view text, int column) {
     if (cells < 0)
         return {bytes > text.size() ? 1 : bytes, 1, L"?"};
     return {bytes, cells, std::wstring(1, wide)};
+}
+
+void CloseWindow::operator()(WINDOW *window) const {
+    openWindows().erase(findWindow(window));
+    delwin(window);
+}
+
+void startCurses() {
+    holdResizeSignal();
+    initscr();
+    cursesActive = true;
+    if (LINES < SCREEN_MIN_LINES || COLS < SCREEN_MIN_COLUMNS) {
+        const int columns = COLS, lines = LINES;
+        endCurses();
+        fatalError("Terminal too small: %d columns by %d lines, at least %d by %d needed\n",
+                   columns, lines, SCREEN_MIN_COLUMNS, SCREEN_MIN_LINES);
+    }
+    if (has_colors())
+        start_color();
+    noecho();
+    raw();
+    typeahead(-1); // a redraw is finished even when more input waits
+    openWindows().push_back({stdscr, 0, 0, 0, 0, {}});
+}
+
+Window openWindow(int screenColumn, int screenRow, int width, int height) {
+    WINDOW *window = newwin(height, width, screenRow, screenColumn);
+    if (!window)
+        fatalError("Cannot open a window of %d columns by %d lines\n", width, height);
+    wattrset(window, A_NORMAL);
+    werase(window);
+    openWindows().push_back({window, screenColumn, screenRow, width, height, {}});
+    return Window(window);
+}
+
+void showWindow(WINDOW *window, std::function<void()> paint) {
+    paint();
+    const auto shown = findWindow(window);
+    shown->paint = std::move(paint);
+    std::rotate(shown, shown + 1, openWindows().end());
+}
+
+void hideWindow(WINDOW *window) {
+    findWindow(window)->paint = nullptr;
+    werase(window);
+    wrefresh(window);
 }
 
 void putText(WINDOW *window, int row, int column, std::string_view text) {

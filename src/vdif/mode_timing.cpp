@@ -1,8 +1,8 @@
 #include "vdif/mode_timing.h"
 
-#include "frame/messages.h"
-
 #include <cstdlib>
+
+#include "frame/messages.h"
 
 struct LimitTest {
     VdifField value;

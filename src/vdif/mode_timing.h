@@ -2,10 +2,10 @@
 // its times agree with each other, and its numbers in a mode line of the server.
 #pragma once
 
-#include "vdif/monitor_description.h"
-
 #include <cstdint>
 #include <string_view>
+
+#include "vdif/monitor_description.h"
 
 // Bits of a converted timing's flags, the same as those of a display mode's flags.
 inline constexpr std::uint32_t TIMING_PHSYNC = 0x01;

@@ -1,10 +1,5 @@
 #include "vdif/vdif_reader.h"
 
-#include "frame/file.h"
-#include "frame/messages.h"
-#include "vdif/mode_timing.h"
-#include "vdif/vdif_scanner.h"
-
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -12,6 +7,11 @@
 #include <initializer_list>
 #include <span>
 #include <utility>
+
+#include "frame/file.h"
+#include "frame/messages.h"
+#include "vdif/mode_timing.h"
+#include "vdif/vdif_scanner.h"
 
 // The first states read a section or a part of one each; the others end reading.
 enum VdifState {
@@ -319,21 +319,23 @@ static void completeDescription(MonitorDescription &description, const std::stri
 }
 
 // As much of the file as its size announced; of a file that has shrunk since then, what is left.
-static std::string readWhole(std::FILE *file) {
+// None when it cannot be read.
+static std::optional<std::string> readWhole(const std::string &path) {
+    const File file = openForReading(path);
     struct stat status = {};
-    if (fstat(fileno(file), &status) != 0)
-        return "";
+    if (!file || fstat(fileno(file.get()), &status) != 0)
+        return std::nullopt;
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
-    text.resize(std::fread(text.data(), 1, text.size(), file));
-    return text;
+    text.resize(std::fread(text.data(), 1, text.size(), file.get()));
+    return std::ferror(file.get()) ? std::nullopt : std::optional(std::move(text));
 }
 
 std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path) {
-    const File file = openForReading(path);
-    if (!file)
+    auto text = readWhole(path);
+    if (!text)
         return nullptr;
     VdifReader reader;
-    reader.scanner.text = readWhole(file.get());
+    reader.scanner.text = std::move(*text);
     reader.description = makeDescription();
     runStates(reader);
     if (!reader.establishedGiven && path != defaultPath)

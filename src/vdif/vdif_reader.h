@@ -12,10 +12,10 @@
 // that are not known, numbers that are none and inconsistent timings are reported.
 #pragma once
 
-#include "vdif/monitor_description.h"
-
 #include <memory>
 #include <string>
+
+#include "vdif/monitor_description.h"
 
 // Reads a file. A monitor that does not list its established timings gets, behind its own, all
 // timings of defaultDescription that fit its limits; it is reported when its limits are incomplete.

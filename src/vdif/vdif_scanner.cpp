@@ -1,12 +1,12 @@
 #include "vdif/vdif_scanner.h"
 
-#include "frame/messages.h"
-#include "frame/text_scanner.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <utility>
+
+#include "frame/messages.h"
+#include "frame/text_scanner.h"
 
 enum class ByteClass : std::uint8_t { Invalid, LineEnd, Separator, Quote, Single, Slash, Word };
 

@@ -1,9 +1,9 @@
 #include "config/config_lines.h"
 
+#include <cstdlib>
+
 #include "config/lists.h"
 #include "support/temp_dir.h"
-
-#include <cstdlib>
 
 using ConfigLinesTest = TempDirTest;
 using namespace std::string_literals;

@@ -1,11 +1,11 @@
 #include "config/config_writer.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "config/config_lines.h"
 #include "hwdb/pointer_devices.h"
 #include "support/temp_dir.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;

@@ -1,8 +1,8 @@
 #include "config/font_path.h"
 
-#include "support/temp_dir.h"
-
 #include <algorithm>
+
+#include "support/temp_dir.h"
 
 namespace fs = std::filesystem;
 using FontPathTest = TempDirTest;

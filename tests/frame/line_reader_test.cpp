@@ -1,9 +1,10 @@
 #include "frame/line_reader.h"
-#include "support/temp_dir.h"
 
 #include <sys/stat.h>
 
 #include <vector>
+
+#include "support/temp_dir.h"
 
 using LineReaderTest = TempDirTest;
 using namespace std::string_literals;

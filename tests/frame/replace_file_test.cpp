@@ -1,8 +1,9 @@
 #include "frame/replace_file.h"
-#include "support/temp_dir.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "support/temp_dir.h"
 
 namespace fs = std::filesystem;
 

@@ -1,9 +1,8 @@
 // A test case in a fresh directory of its own, which is the current directory while it runs.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 

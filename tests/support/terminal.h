@@ -6,14 +6,14 @@
 // 10 s fails the test, and so does a text that does not appear; both show the screen.
 #pragma once
 
-#include "support/private_root.h"
-#include "support/temp_dir.h"
-
 #include <vterm.h>
 
 #include <functional>
 #include <optional>
 #include <utility>
+
+#include "support/private_root.h"
+#include "support/temp_dir.h"
 
 class TerminalTest : public TempDirTest {
   protected:

@@ -1,8 +1,8 @@
 // What ends a run: the message on standard error, the exit status and the files left behind.
-#include "support/terminal.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
+
+#include "support/terminal.h"
 
 namespace fs = std::filesystem;
 

@@ -1,10 +1,10 @@
 #include "vdif/mode_timing.h"
 
-#include "support/temp_dir.h"
-
 #include <cstdio>
 #include <utility>
 #include <vector>
+
+#include "support/temp_dir.h"
 
 using Values = std::vector<std::pair<VdifField, std::uint64_t>>;
 

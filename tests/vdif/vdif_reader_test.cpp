@@ -1,10 +1,10 @@
 #include "vdif/vdif_reader.h"
 
-#include "support/temp_dir.h"
-
 #include <cstdlib>
 #include <initializer_list>
 #include <sstream>
+
+#include "support/temp_dir.h"
 
 struct VdifReaderTest : TempDirTest {
     void SetUp() override { // process-wide: each case starts empty

@@ -1,8 +1,8 @@
 #include "vdif/vdif_scanner.h"
 
-#include "support/temp_dir.h"
-
 #include <vector>
+
+#include "support/temp_dir.h"
 
 using VdifScannerTest = TempDirTest;
 
