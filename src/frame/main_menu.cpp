@@ -66,7 +66,7 @@ static bool actOnChoice(int choice) {
 static void runMainMenu() {
     Menu menu = makeMainMenu();
     openMenu(menu);
-    setMenuItems(menu, listFromTable(MAIN_TEXTS, &MenuItem::text), &MenuItem::text);
+    addMenuItems(menu, listFromTable(MAIN_TEXTS, &MenuItem::text), &MenuItem::text);
     int choice;
     do {
         drawStatusPanel(screens[currentScreen]);

@@ -10,13 +10,14 @@
 
 bool cursesActive = false;
 
-// Curses turns off the terminal's translation of "\n" into a new line at column 0; the shell's
-// modes are put back for the length of the message.
+// On the terminal that curses owns the message disturbs the screen. Curses also turns off the
+// translation of "\n" into a new line at column 0; the shell's modes are put back for the message.
 [[gnu::format(printf, 1, 0)]] static void writeMessage(const char *format, va_list arguments) {
-    if (cursesActive)
+    const bool onScreen = cursesActive && isatty(STDERR_FILENO);
+    if (onScreen)
         reset_shell_mode();
     std::vfprintf(stderr, format, arguments);
-    if (cursesActive) {
+    if (onScreen) {
         reset_prog_mode();
         clearok(curscr, TRUE);
     }

@@ -30,7 +30,7 @@ static CardEntry *chooseCard() {
     }
     Menu menu =
         makeListMenu("Korvel-X Supported Graphics Cards", MENU_HINT_PREVIOUS, SELECTION_WIDTH, 0);
-    setMenuItems(menu, cardList, &CardEntry::name);
+    addMenuItems(menu, cardList, &CardEntry::name);
     const int choice = askMenu(menu);
     return choice ? listNth(cardList, choice) : nullptr;
 }
@@ -40,7 +40,7 @@ static std::optional<std::vector<int>> askModes(const CardEntry &card, VideoMode
     const bool multi = !(card.flags & CARD_NO_VIRTUAL);
     Menu menu = makeListMenu("Supported Modes for " + card.name, MENU_HINT, SELECTION_MODES_WIDTH,
                              multi ? MENU_MULTI : 0);
-    setMenuItems(menu, modes, &VideoMode::label);
+    addMenuItems(menu, modes, &VideoMode::label);
     const int choice = askMenu(menu);
     if (choice == 0)
         return std::nullopt;
@@ -135,8 +135,7 @@ static bool chooseVirtualSize(ModeChoice &choice) {
     Menu menu =
         makeListMenu("Possible Virtual Screen Resolutions", MENU_HINT_PREVIOUS, SELECTION_WIDTH, 0);
     for (const VirtualSize &size : sizes)
-        menu.items.push_back(size.text);
-    menu.itemCount = static_cast<int>(menu.items.size());
+        addMenuItem(menu, size.text);
     const int number = askMenu(menu);
     if (number == 0)
         return false;

@@ -3,15 +3,18 @@
 #include <algorithm>
 #include <string_view>
 
+#include "ui/text.h"
+
 static constexpr int DIALOG_TEXT_COLUMN = 4, DIALOG_TEXT_ROW = 1;
 static constexpr int DIALOG_NOTICE_COLUMN = 3, DIALOG_NOTICE_ROW = 3; // on the terminal
 static constexpr int DIALOG_PROMPT_HEIGHT = 3, DIALOG_NOTICE_HEIGHT = 4;
 static constexpr int DIALOG_PROMPT_ROOM = 40; // columns beside the text of a prompt
 static constexpr int DIALOG_NOTICE_ROOM = 15; // columns beside the text of a notice
+static constexpr int DIALOG_ANSWER_ROOM =
+    20; // columns left to the answer behind a text that is cut
 static constexpr int DIALOG_CONTINUE_ROW = 2;
 static constexpr std::size_t DIALOG_ANSWER_SIZE = 1023; // answers have one character less
 static constexpr std::string_view DIALOG_CONTINUE = "Press ENTER to Continue";
-static constexpr int DIALOG_CONTINUE_CELLS = static_cast<int>(DIALOG_CONTINUE.size());
 static constexpr int EDIT_ERASE_KEY = 8; // control-H
 
 struct Dialog {
@@ -29,38 +32,37 @@ static bool moveToCell(WINDOW *window, int row, int column, std::size_t n) {
     return wmove(window, row + cell / width, cell % width) != ERR;
 }
 
+// The box is drawn last, over a text that is too long for it, and the answer over all.
 static void paintDialog(const Dialog &dialog) {
     WINDOW *window = dialog.window.get();
     werase(window);
-    box(window, ACS_VLINE, ACS_HLINE);
     wattrset(window, A_NORMAL);
     putText(window, DIALOG_TEXT_ROW, DIALOG_TEXT_COLUMN, dialog.text);
     if (dialog.kind == DIALOG_NOTICE)
         putText(window, DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN, DIALOG_CONTINUE);
+    else
+        putText(window, dialog.entryRow, dialog.entryColumn, std::string(LAYOUT_COLUMNS, ' '));
+    box(window, ACS_VLINE, ACS_HLINE);
     moveToCell(window, dialog.entryRow, dialog.entryColumn, 0);
     for (const char character : dialog.answer)
         waddch(window, static_cast<chtype>(character));
     wrefresh(window);
 }
 
-static int dialogWidth(int cells, DialogKind kind) {
-    if (kind == DIALOG_PROMPT)
-        return cells + DIALOG_PROMPT_ROOM;
-    return std::max(cells, DIALOG_CONTINUE_CELLS) + DIALOG_NOTICE_ROOM;
+static Dialog openPrompt(int screenColumn, int screenRow, const std::string &text) {
+    const int cells = textCells(text, DIALOG_TEXT_COLUMN);
+    const int width = std::min(cells + DIALOG_PROMPT_ROOM, LAYOUT_COLUMNS - screenColumn);
+    const int entry = std::min(DIALOG_TEXT_COLUMN + cells, width - DIALOG_ANSWER_ROOM);
+    return {openWindow(screenColumn, screenRow, width, DIALOG_PROMPT_HEIGHT), text, DIALOG_PROMPT,
+            DIALOG_TEXT_ROW, entry};
 }
 
-// A dialog that would not fit ends at the terminal's edge, with room for an answer.
-static Dialog openDialog(int screenColumn, int screenRow, const std::string &text,
-                         DialogKind kind) {
-    const int cells = textCells(text);
-    const int room = std::max(COLS, SCREEN_MIN_COLUMNS) - screenColumn;
-    const int width = std::min(dialogWidth(cells, kind), room);
-    const bool prompt = kind == DIALOG_PROMPT;
-    const int height = prompt ? DIALOG_PROMPT_HEIGHT : DIALOG_NOTICE_HEIGHT;
-    const int before =
-        std::min(prompt ? cells : DIALOG_CONTINUE_CELLS, width - DIALOG_TEXT_COLUMN - 1);
-    return {openWindow(screenColumn, screenRow, width, height), text, kind,
-            prompt ? DIALOG_TEXT_ROW : DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN + before};
+static Dialog openNotice(int screenColumn, int screenRow, const std::string &text) {
+    const int minimum = static_cast<int>(DIALOG_CONTINUE.size());
+    const int cells = std::max(textCells(text, DIALOG_TEXT_COLUMN), minimum);
+    const int width = std::min(cells + DIALOG_NOTICE_ROOM, LAYOUT_COLUMNS - screenColumn);
+    return {openWindow(screenColumn, screenRow, width, DIALOG_NOTICE_HEIGHT), text, DIALOG_NOTICE,
+            DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN + minimum};
 }
 
 static void eraseLast(WINDOW *window, int row, int column, std::string &buffer) {
@@ -75,7 +77,8 @@ static void eraseLast(WINDOW *window, int row, int column, std::string &buffer) 
 
 std::optional<std::string> showDialog(int screenColumn, int screenRow, const std::string &text,
                                       DialogKind kind) {
-    Dialog dialog = openDialog(screenColumn, screenRow, text, kind);
+    Dialog dialog = kind == DIALOG_PROMPT ? openPrompt(screenColumn, screenRow, text)
+                                          : openNotice(screenColumn, screenRow, text);
     WINDOW *window = dialog.window.get();
     showWindow(window, [&dialog] { paintDialog(dialog); });
     editLine(window, dialog.entryRow, dialog.entryColumn, dialog.answer, DIALOG_ANSWER_SIZE);

@@ -6,6 +6,7 @@
 
 #include "frame/line_reader.h"
 #include "frame/paths.h"
+#include "ui/text.h"
 #include "ui/window.h"
 
 static constexpr std::size_t INFORMATION_VERSION_MAX = 126; // bytes of the version line

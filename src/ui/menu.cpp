@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/text.h"
+
 static constexpr int MENU_ITEM_COLUMN = 2, MENU_ITEM_ROW = 2;
 static constexpr int MENU_SCREEN_COLUMN = 3, MENU_SCREEN_ROW = 3;
 static constexpr int MENU_HEIGHT = 20; // lines
@@ -80,6 +82,11 @@ Menu makeListMenu(std::string title, const char *hint, int width, unsigned flags
     menu.height = MENU_HEIGHT;
     menu.flags = flags;
     return menu;
+}
+
+void addMenuItem(Menu &menu, std::string_view text) {
+    menu.items.push_back(text);
+    menu.itemCount++;
 }
 
 void openMenu(Menu &menu) {

@@ -32,13 +32,14 @@ struct Menu {
 // A menu of the size and place that all menus but the main menu have.
 Menu makeListMenu(std::string title, const char *hint, int width, unsigned flags);
 
-// Makes the records of a list the menu's items.
+// Adds an item; the menu refers to the text.
+void addMenuItem(Menu &menu, std::string_view text);
+
+// Adds the records of a list as items.
 template <ListRecord Record, typename Text>
-void setMenuItems(Menu &menu, Record *list, Text Record::*text) {
-    menu.items.clear();
+void addMenuItems(Menu &menu, const Record *list, Text Record::*text) {
     for (; list; list = list->next)
-        menu.items.push_back(list->*text);
-    menu.itemCount = static_cast<int>(menu.items.size());
+        addMenuItem(menu, list->*text);
 }
 
 // Opens the menu's window, with the highlight on the first item and nothing marked.

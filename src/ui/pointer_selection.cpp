@@ -1,9 +1,13 @@
 #include "ui/pointer_selection.h"
 
+#include <string>
+#include <string_view>
+
 #include "hwdb/pointer_devices.h"
 #include "ui/dialog.h"
 #include "ui/menu.h"
 
+static constexpr std::string_view POINTER_DEVICE_FOLDER = "/dev/";
 static constexpr int POINTER_WIDTH = 60;                                // columns of the menu
 static constexpr int POINTER_PROMPT_COLUMN = 1, POINTER_PROMPT_ROW = 1; // on the terminal
 
@@ -13,10 +17,12 @@ static void askDevice(Menu &menu, std::string &device) {
         drawMenu(menu);
         const auto answer = showDialog(POINTER_PROMPT_COLUMN, POINTER_PROMPT_ROW,
                                        "Device (default: " + device + ") : ", DIALOG_PROMPT);
-        if (answer->starts_with("/dev/"))
-            device = *answer;
-        if (answer->empty() || answer->starts_with("/dev/"))
+        if (answer->empty())
             return;
+        if (answer->starts_with(POINTER_DEVICE_FOLDER)) {
+            device = *answer;
+            return;
+        }
         showNotice("Invalid Device");
     }
 }
@@ -27,7 +33,7 @@ void selectPointerDevice() {
         return;
     }
     Menu menu = makeListMenu("Dunmere Mouse Menu", MENU_HINT_PREVIOUS, POINTER_WIDTH, 0);
-    setMenuItems(menu, pointerDevices, &PointerDevice::name);
+    addMenuItems(menu, pointerDevices, &PointerDevice::name);
     openMenu(menu);
     drawMenu(menu);
     if (const int choice = runMenu(menu)) {

@@ -5,9 +5,11 @@
 
 #include "config/config_lines.h"
 #include "hwdb/pointer_devices.h"
+#include "ui/text.h"
 #include "ui/window.h"
 
-static constexpr int STATUS_COLUMN = 1, STATUS_ROW = 1; // of the window, and of the title in it
+static constexpr int STATUS_SCREEN_COLUMN = 1, STATUS_SCREEN_ROW = 1; // of the window
+static constexpr int STATUS_COLUMN = 1, STATUS_ROW = 1;               // of the title in it
 static constexpr int STATUS_WIDTH = 79, STATUS_HEIGHT = 10;
 static constexpr int STATUS_FIRST_ROW = 3; // of the lines below the title
 static constexpr std::size_t STATUS_LABEL_CELLS = 20;
@@ -85,7 +87,8 @@ static void paintStatus(const ScreenConfig &screen) {
 
 void drawStatusPanel(const ScreenConfig &screen) {
     if (!statusWindow)
-        statusWindow = openWindow(STATUS_COLUMN, STATUS_ROW, STATUS_WIDTH, STATUS_HEIGHT);
+        statusWindow =
+            openWindow(STATUS_SCREEN_COLUMN, STATUS_SCREEN_ROW, STATUS_WIDTH, STATUS_HEIGHT);
     showWindow(statusWindow.get(), [&screen] { paintStatus(screen); });
 }
 

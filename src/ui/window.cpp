@@ -7,13 +7,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cwchar>
-#include <string>
 #include <vector>
 
 #include "frame/messages.h"
-
-static constexpr int WINDOW_TAB_CELLS = 8;
 
 // A window that is open, with the place that it has in the fixed layout whatever a resize made of
 // it. `paint` is empty while the window is hidden.
@@ -39,8 +35,12 @@ static std::vector<OpenWindow>::iterator findWindow(const WINDOW *window) {
 static sigset_t waitSignals;
 
 // A resize is told by a signal. It is held back except while input is waited for, so that none is
-// missed between a drawing and the wait.
+// missed between a drawing and the wait. The handler only ends the wait; with one there, curses
+// sets none of its own and never takes LINES and COLUMNS for the new size.
 static void holdResizeSignal() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGWINCH, &action, nullptr);
     sigset_t resize;
     sigemptyset(&resize);
     sigaddset(&resize, SIGWINCH);
@@ -83,30 +83,6 @@ static void waitInput() {
     }
 }
 
-// The first character of a text as it is shown.
-struct Glyph {
-    std::size_t bytes; // of the text
-    int cells;
-    std::wstring shown;
-};
-
-static Glyph firstGlyph(std::string_view text, int column) {
-    const char first = text.front();
-    if (first == '\t') {
-        const int cells = WINDOW_TAB_CELLS - column % WINDOW_TAB_CELLS;
-        return {1, cells, std::wstring(static_cast<std::size_t>(cells), L' ')};
-    }
-    if ((first >= '\0' && first < ' ') || first == '\177')
-        return {1, 0, {}};
-    wchar_t wide = 0;
-    std::mbstate_t state = {};
-    const std::size_t bytes = std::mbrtowc(&wide, text.data(), text.size(), &state);
-    const int cells = bytes > text.size() ? -1 : wcwidth(wide);
-    if (cells < 0)
-        return {bytes > text.size() ? 1 : bytes, 1, L"?"};
-    return {bytes, cells, std::wstring(1, wide)};
-}
-
 void CloseWindow::operator()(WINDOW *window) const {
     openWindows().erase(findWindow(window));
     delwin(window);
@@ -116,11 +92,11 @@ void startCurses() {
     holdResizeSignal();
     initscr();
     cursesActive = true;
-    if (LINES < SCREEN_MIN_LINES || COLS < SCREEN_MIN_COLUMNS) {
+    if (LINES < LAYOUT_LINES || COLS < LAYOUT_COLUMNS) {
         const int columns = COLS, lines = LINES;
         endCurses();
         fatalError("Terminal too small: %d columns by %d lines, at least %d by %d needed\n",
-                   columns, lines, SCREEN_MIN_COLUMNS, SCREEN_MIN_LINES);
+                   columns, lines, LAYOUT_COLUMNS, LAYOUT_LINES);
     }
     if (has_colors())
         start_color();
@@ -151,29 +127,6 @@ void hideWindow(WINDOW *window) {
     findWindow(window)->paint = nullptr;
     werase(window);
     wrefresh(window);
-}
-
-void putText(WINDOW *window, int row, int column, std::string_view text) {
-    if (wmove(window, row, column) == ERR)
-        return;
-    while (!text.empty()) {
-        const Glyph glyph = firstGlyph(text, column);
-        if (column + glyph.cells > getmaxx(window))
-            return;
-        waddnwstr(window, glyph.shown.data(), static_cast<int>(glyph.shown.size()));
-        column += glyph.cells;
-        text.remove_prefix(glyph.bytes);
-    }
-}
-
-int textCells(std::string_view text) {
-    int column = 0;
-    while (!text.empty()) {
-        const Glyph glyph = firstGlyph(text, column);
-        column += glyph.cells;
-        text.remove_prefix(glyph.bytes);
-    }
-    return column;
 }
 
 // Curses is asked first: it may hold bytes that it read ahead.

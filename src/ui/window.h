@@ -1,14 +1,13 @@
 // Curses windows of the fixed layout of 80 columns by 24 lines: opening, showing and hiding them,
-// text that is cut at a window's edge, keys, and repainting after the terminal was resized.
+// keys, and repainting after the terminal was resized.
 #pragma once
 
 #include <curses.h>
 
 #include <functional>
 #include <memory>
-#include <string_view>
 
-inline constexpr int SCREEN_MIN_COLUMNS = 80, SCREEN_MIN_LINES = 24; // of the terminal
+inline constexpr int LAYOUT_COLUMNS = 80, LAYOUT_LINES = 24; // a terminal has at least these
 
 struct CloseWindow {
     void operator()(WINDOW *window) const;
@@ -29,14 +28,6 @@ void showWindow(WINDOW *window, std::function<void()> paint);
 
 // Takes the window off the screen.
 void hideWindow(WINDOW *window);
-
-// Writes a text in the window's present attributes. What does not fit between `column` and the
-// window's edge is cut; what lies outside the window is not written. Bytes that are no character of
-// the locale show as "?", control characters other than a tab not at all.
-void putText(WINDOW *window, int row, int column, std::string_view text);
-
-// The number of terminal cells that putText needs for a text at column 0.
-int textCells(std::string_view text);
 
 // The next key, read through curses. The end of input ends the process.
 int waitKey(WINDOW *window);

@@ -1,0 +1,53 @@
+#include "ui/text.h"
+
+#include <cwchar>
+#include <string>
+
+static constexpr int TEXT_TAB_CELLS = 8;
+
+// The first character of a text as it is shown.
+struct Glyph {
+    std::size_t bytes; // of the text
+    int cells;
+    std::wstring shown;
+};
+
+static Glyph firstGlyph(std::string_view text, int column) {
+    const char first = text.front();
+    if (first == '\t') {
+        const int cells = TEXT_TAB_CELLS - column % TEXT_TAB_CELLS;
+        return {1, cells, std::wstring(static_cast<std::size_t>(cells), L' ')};
+    }
+    if ((first >= '\0' && first < ' ') || first == '\177')
+        return {1, 0, {}};
+    wchar_t wide = 0;
+    std::mbstate_t state = {};
+    const std::size_t bytes = std::mbrtowc(&wide, text.data(), text.size(), &state);
+    const int cells = bytes > text.size() ? -1 : wcwidth(wide);
+    if (cells < 0)
+        return {bytes > text.size() ? 1 : bytes, 1, L"?"};
+    return {bytes, cells, std::wstring(1, wide)};
+}
+
+void putText(WINDOW *window, int row, int column, std::string_view text) {
+    if (wmove(window, row, column) == ERR)
+        return;
+    while (!text.empty()) {
+        const Glyph glyph = firstGlyph(text, column);
+        if (column + glyph.cells > getmaxx(window))
+            return;
+        waddnwstr(window, glyph.shown.data(), static_cast<int>(glyph.shown.size()));
+        column += glyph.cells;
+        text.remove_prefix(glyph.bytes);
+    }
+}
+
+int textCells(std::string_view text, int column) {
+    const int first = column;
+    while (!text.empty()) {
+        const Glyph glyph = firstGlyph(text, column);
+        column += glyph.cells;
+        text.remove_prefix(glyph.bytes);
+    }
+    return column - first;
+}
