@@ -29,7 +29,7 @@ int fitsOperationalLimits(VdifBlock limits, VdifBlock timing);
 
 // Reports a timing whose times contradict each other, with the sum of:
 //     1, 2      blank start + blank time is not within 10 % of the total; horizontal, vertical
-//     4, 8      the blank begins behind the sync pulse; horizontal, vertical
+//     4, 8      the blank begins behind the start of the sync pulse; horizontal, vertical
 //     16, 32    the sync pulse begins behind the total; horizontal, vertical
 // The description gives the timing's name.
 void checkTimingConsistency(const MonitorDescription &description, VdifBlock timing);
@@ -39,5 +39,5 @@ void checkTimingConsistency(const MonitorDescription &description, VdifBlock tim
 void timingToMode(ModeTiming &mode, VdifBlock timing, VdifBlock limits);
 
 // Converts the first timing of currentDescription that has exactly this name, and reports it when
-// it is inconsistent. False, with `timing` as it was, when there is none.
-bool findTimingByName(ModeTiming &timing, std::string_view name);
+// it is inconsistent. False, with `mode` as it was, when there is none.
+bool findTimingByName(ModeTiming &mode, std::string_view name);

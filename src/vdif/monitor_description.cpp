@@ -82,12 +82,11 @@ void indexTimings(MonitorDescription &description) {
     }
 }
 
-std::optional<std::size_t> findTiming(const MonitorDescription &description,
-                                      std::string_view name) {
+std::optional<VdifBlock> findTiming(const MonitorDescription &description, std::string_view name) {
     const auto found = description.timingsByName.find(std::string(name));
     if (found == description.timingsByName.end())
         return std::nullopt;
-    return found->second;
+    return timingRecord(description, found->second);
 }
 
 std::uint32_t addString(std::string_view text) {

@@ -16,12 +16,11 @@
 #include <string_view>
 #include <unordered_map>
 
-// Position in its block and width, both in bytes. A value is stored modulo the width.
+// Position in its block and width, both in bytes. A value is stored modulo 256 to the power of the
+// width.
 struct VdifField {
     std::uint8_t offset;
     std::uint8_t width;
-
-    bool operator==(const VdifField &) const = default;
 };
 
 // Fields carry VDIF's own names. What VDIF has besides them stays 0: lengths, checksum, borders,
@@ -126,8 +125,8 @@ std::size_t addTiming(MonitorDescription &description, VdifBlock record);
 // Makes findTiming know the records as they are now; of equal names the first record counts.
 void indexTimings(MonitorDescription &description);
 
-// The index of the first timing record of exactly this name.
-std::optional<std::size_t> findTiming(const MonitorDescription &description, std::string_view name);
+// The first timing record of exactly this name.
+std::optional<VdifBlock> findTiming(const MonitorDescription &description, std::string_view name);
 
 // Adds a text to the string pool and returns its offset.
 std::uint32_t addString(std::string_view text);

@@ -274,13 +274,13 @@ static VdifState readEstablished(VdifReader &reader) {
         const auto name = nextToken(reader.scanner);
         if (!name)
             return STATE_FINISHED;
-        const auto index =
+        const auto timing =
             defaultDescription ? findTiming(*defaultDescription, *name) : std::nullopt;
-        if (!index) {
+        if (!timing) {
             showMessage("Can't find established timing %s\n", name->c_str());
             return STATE_FINISHED;
         }
-        copyTiming(reader.description, timingRecord(*defaultDescription, *index));
+        copyTiming(reader.description, *timing);
     }
 }
 

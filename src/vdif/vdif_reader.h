@@ -7,6 +7,8 @@
 //     [PREADJUSTED_TIMING]      <key> = <value> ..., in any order; one section for each timing
 //     [ESTABLISHED_TIMINGS]     <name> ...: timings of the library that the monitor knows
 //     [GAMMA_TABLE_ENTRIES]     ends what is read
+// Units: clocks in MHz, horizontal frequencies in kHz and times in µs, vertical ones in Hz and ms,
+// levels in V, lengths in mm.
 //
 // Errors: where a required element is missing, reading ends and what was read so far counts; names
 // that are not known, numbers that are none and inconsistent timings are reported.

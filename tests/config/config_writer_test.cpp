@@ -1,7 +1,10 @@
 #include "config/config_writer.h"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "config/config_lines.h"
 #include "hwdb/pointer_devices.h"
@@ -12,7 +15,7 @@ using namespace std::string_literals;
 
 // Two screens read from the configuration, whose sections hold what a careless copy would lose.
 static const std::string SECTIONS[] = {
-    "Driver one \n\n# comment\nCard A\0B\nModes\n\"640x480\" 25\nModeDB\n  kept\n\n"s,
+    "Driver one \n\n# comment\n Driver\nCard A\0B\nModes\n\"640x480\" 25\nModeDB\n  kept\n\n"s,
     std::string("Driver two\n").append(3000, 'x') + "\nModes\n\"800x600\"  \nno line end",
 };
 
@@ -105,6 +108,15 @@ TEST_F(ConfigWriterTest, ALinkLeftByAnInterruptedSaveDoesNotTruncateTheConfigura
 
 TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
     const std::string old = readFile(configPath);
+    const auto writeOnFullDisk = [] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {1024, 1024}; // bytes
+        setrlimit(RLIMIT_FSIZE, &limit);
+        writeConfig();
+    };
+    EXPECT_EXIT(writeOnFullDisk(), testing::ExitedWithCode(1),
+                "^\nFatal error:\nCannot write new Xconfig etc/X11/Xconfig.tmp\n\n$");
+    EXPECT_EQ(readFile(configPath), old);
     configureScreen(screens[1]);
     fs::remove("usr/lib/X11/Korvel/DisplayConfig/fast/config");
     EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1),

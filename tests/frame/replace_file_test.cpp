@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <tuple>
+
 #include "support/temp_dir.h"
 
 namespace fs = std::filesystem;
@@ -15,12 +17,17 @@ struct ReplaceFileTest : TempDirTest {
     }
 };
 
-TEST_F(ReplaceFileTest, KeepsThePermissionsOfTheOldFile) {
+TEST_F(ReplaceFileTest, KeepsOwnerAndPermissionsOfTheOldFile) {
     writeFile("old", "old text");
+    ASSERT_EQ(chown("old", geteuid() ? geteuid() : 1, getegid() ? getegid() : 2), 0);
     chmod("old", 0640);
+    struct stat before = {}, after = {};
+    stat("old", &before);
     EXPECT_TRUE(replaceFile("new", "old"));
+    stat("old", &after);
     EXPECT_EQ(readFile("old"), "new text");
-    EXPECT_EQ(modeOf("old"), 0640);
+    EXPECT_EQ(std::tuple(after.st_uid, after.st_gid, after.st_mode),
+              std::tuple(before.st_uid, before.st_gid, before.st_mode));
     EXPECT_FALSE(fs::exists("new"));
 }
 

@@ -3,12 +3,11 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
 using Arguments = std::vector<std::string>; // without the program's name, which is "scrconf"
-using Environment = std::map<std::string, std::string>;
+using Settings = std::vector<std::string>;  // "NAME=value"
 
 enum class User { ROOT, NOBODY }; // who the program runs as, seen from inside
 
@@ -21,19 +20,15 @@ struct RunResult {
 // False on a machine that gives the tests neither root nor a user namespace.
 bool canEnterPrivateRoot();
 
-// Makes `root` a private root with the program and its data files and without a configuration.
-// A failure is one of the running test.
-void stagePrivateRoot(const std::filesystem::path &root);
-
-// Runs the program without a terminal and with no input; one that runs on is ended by SIGALRM.
+// Runs the program without a terminal and with no input; after 30 s SIGALRM ends it. Its output
+// goes through the files "output" and "errors" in the current directory.
 RunResult runInPrivateRoot(const std::filesystem::path &root, const Arguments &arguments,
-                           const Environment &environment = {}, User user = User::ROOT);
+                           const Settings &settings, User user);
 
-// Turns a child process into the program, its descriptors as they are. Beside `environment` it gets
-// TERM, LANG, HOME and the sanitizers' options; nothing is inherited.
-[[noreturn]] void executeInPrivateRoot(const std::filesystem::path &root,
-                                       const Arguments &arguments, const Environment &environment,
-                                       User user = User::ROOT);
+// Turns a child process into the program, its descriptors as they are. Beside `settings` its
+// environment is TERM, LANG, HOME and the sanitizers' options; nothing is inherited.
+[[noreturn]] void executeInPrivateRoot(const std::filesystem::path &root, Arguments arguments,
+                                       Settings settings, User user);
 
 // The exit status of a wait status, as a shell gives it.
 int shellStatus(int waitStatus);

@@ -12,21 +12,18 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <map>
 
 static constexpr auto TIME_LIMIT = std::chrono::seconds(10);
 static constexpr int POLL_INTERVAL = 2; // ms, between two looks at a program that works
+static constexpr const char *STAGE_COMMAND =
+    "'" SCRCONF_SOURCE_DIR "/tools/stage-root' '" SCRCONF_PROGRAM "' root";
 
-struct NamedKey {
-    std::string_view name;
-    VTermKey key;           // sent the way the terminal's keypad mode asks for
-    std::string_view bytes; // sent as they are, when `key` is none
-};
-static constexpr NamedKey NAMED_KEYS[] = {
-    {"Up", VTERM_KEY_UP, {}},           {"Down", VTERM_KEY_DOWN, {}},
-    {"Enter", VTERM_KEY_NONE, "\r"},    {"Esc", VTERM_KEY_NONE, "\033"},
-    {"Delete", VTERM_KEY_NONE, "\x7f"}, {"Backspace", VTERM_KEY_NONE, "\b"},
-    {"Space", VTERM_KEY_NONE, " "},
-};
+static const std::map<std::string, std::string> NAMED_KEYS = {
+    {"<Up>", "\033OA"},    {"<Down>", "\033OB"}, // in keypad mode
+    {"<Enter>", "\r"},     {"<Esc>", "\033"},    {"<Space>", " "},
+    {"<Backspace>", "\b"}, {"<Delete>", "\x7f"}};
 
 // Of a terminal this also makes the kernel deliver what the other side has written before.
 static bool hasInput(int file, int wait) {
@@ -34,34 +31,19 @@ static bool hasInput(int file, int wait) {
     return poll(&state, 1, wait) == 1 && (state.revents & POLLIN);
 }
 
-// True when the process sleeps in a read of standard input, or in a poll without a time limit: one
-// with a limit is curses waiting for the rest of an escape sequence.
+// True when the process sleeps in a ppoll without a time limit, as the program does for a key.
 static bool waitsForKey(pid_t process) {
     const std::string state = readFile("/proc/" + std::to_string(process) + "/syscall");
     long call = -1;
-    unsigned long long first = 0, second = 0, third = 0; // the call's arguments
-    if (std::sscanf(state.c_str(), "%ld %llx %llx %llx", &call, &first, &second, &third) != 4)
-        return false; // "running", or gone
-#ifdef SYS_poll
-    if (call == SYS_poll)
-        return static_cast<int>(third) < 0;
-#endif
-    return (call == SYS_read && first == STDIN_FILENO) || (call == SYS_ppoll && third == 0);
+    unsigned long long limit = 0;
+    return std::sscanf(state.c_str(), "%ld %*x %*x %llx", &call, &limit) == 2 && // or "running"
+           call == SYS_ppoll && limit == 0;
 }
 
 // True when a signal is on its way to the process: it still looks asleep then.
 static bool hasSignal(pid_t process) {
     const std::string state = readFile("/proc/" + std::to_string(process) + "/status");
-    const auto pending = state.find("ShdPnd:\t");
-    return pending != state.npos && std::stoull(state.substr(pending + 8), nullptr, 16) != 0;
-}
-
-static winsize windowSize(int lines, int columns) {
-    return {static_cast<unsigned short>(lines), static_cast<unsigned short>(columns), 0, 0};
-}
-
-static bool isBlank(const VTermScreenCell &cell) {
-    return (cell.chars[0] == 0 || cell.chars[0] == ' ') && !cell.attrs.reverse;
+    return state.find("ShdPnd:\t0000000000000000\n") == state.npos;
 }
 
 static std::string markOf(const VTermScreenCellAttrs &attributes) {
@@ -70,17 +52,53 @@ static std::string markOf(const VTermScreenCellAttrs &attributes) {
     return attributes.reverse ? "{r:" : "";
 }
 
+static VTermScreenCell cellAt(VTermScreen *display, int row, int column) {
+    VTermScreenCell cell;
+    vterm_screen_get_cell(display, {row, column}, &cell);
+    return cell;
+}
+
+// UTF-8. A cell that nothing was written to is a blank, and so is the second of a wide character.
+static std::string cellText(VTermScreen *display, int row, int column) {
+    char text[VTERM_MAX_CHARS_PER_CELL * 4];
+    const VTermRect cell{row, row + 1, column, column + 1};
+    const std::size_t length = vterm_screen_get_text(display, text, sizeof text, cell);
+    return length == 0 ? " " : std::string(text, length);
+}
+
+static std::string rowText(VTermScreen *display, int row, int end) {
+    while (end > 0 && cellText(display, row, end - 1) == " " &&
+           !cellAt(display, row, end - 1).attrs.reverse)
+        end--;
+    std::string text, mark;
+    for (int column = 0; column < end; column++) {
+        const std::string next = markOf(cellAt(display, row, column).attrs);
+        if (next != mark)
+            text += (mark.empty() ? "" : "}") + next;
+        mark = next;
+        text += cellText(display, row, column);
+    }
+    return text + (mark.empty() ? "" : "}");
+}
+
 TerminalTest::~TerminalTest() { stop(); }
 
 void TerminalTest::SetUp() {
     if (!canEnterPrivateRoot())
-        GTEST_SKIP() << "a private root takes root or user namespaces";
-    stagePrivateRoot(directory / "root");
+        GTEST_SKIP() << "a private root takes root or user namespaces: " << readFile("errors");
+    std::filesystem::create_directories("root/proc/self");
+    ASSERT_EQ(std::system(STAGE_COMMAND), 0) << messages();
 }
 
-void TerminalTest::start(const Arguments &arguments, const Environment &environment) {
+void TerminalTest::start(const Arguments &arguments) {
     stop();
-    openTerminal();
+    emulator.reset(vterm_new(lines, columns));
+    vterm_set_utf8(emulator.get(), 1);
+    VTermScreen *display = vterm_obtain_screen(emulator.get());
+    vterm_screen_enable_altscreen(display, 1);
+    vterm_screen_reset(display, 1);
+    const winsize size{lines, columns, 0, 0};
+    ASSERT_EQ(openpty(&master, &slave, nullptr, nullptr, &size), 0) << "no pseudo-terminal";
     program = fork();
     if (program == 0) {
         close(master);
@@ -88,33 +106,9 @@ void TerminalTest::start(const Arguments &arguments, const Environment &environm
         if (errorsToFile)
             dup2(open("errors", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDERR_FILENO);
         std::signal(SIGHUP, SIG_IGN);
-        executeInPrivateRoot(directory / "root", arguments, environment);
+        executeInPrivateRoot("root", arguments, {}, User::ROOT);
     }
     settle("the start");
-}
-
-void TerminalTest::openTerminal() {
-    emulator = vterm_new(lines, columns);
-    vterm_set_utf8(emulator, 1);
-    const auto reply = [](const char *bytes, std::size_t length, void *user) {
-        static_cast<TerminalTest *>(user)->replies.append(bytes, length);
-    };
-    vterm_output_set_callback(emulator, reply, this);
-
-    static VTermScreenCallbacks callbacks{};
-    callbacks.settermprop = [](VTermProp property, VTermValue *value, void *user) {
-        if (property == VTERM_PROP_ALTSCREEN)
-            static_cast<TerminalTest *>(user)->alternateScreen = value->boolean != 0;
-        return 1;
-    };
-    display = vterm_obtain_screen(emulator);
-    vterm_screen_set_callbacks(display, &callbacks, this);
-    vterm_screen_enable_altscreen(display, 1);
-    vterm_screen_reset(display, 1);
-
-    const winsize size = windowSize(lines, columns);
-    if (openpty(&master, &slave, nullptr, nullptr, &size) != 0)
-        ADD_FAILURE() << "no pseudo-terminal";
 }
 
 void TerminalTest::stop() {
@@ -122,68 +116,33 @@ void TerminalTest::stop() {
         kill(program, SIGKILL);
         waitpid(program, nullptr, 0);
     }
-    if (emulator) {
-        vterm_free(emulator);
-        close(slave);
-        close(master);
-    }
-    emulator = nullptr;
+    closeInput();
     program = 0;
-    alternateScreen = false;
     status.reset();
-    replies.clear();
     output.clear();
 }
 
-RunResult TerminalTest::run(const Arguments &arguments, const Environment &environment, User user) {
-    return runInPrivateRoot(directory / "root", arguments, environment, user);
+RunResult TerminalTest::run(const Arguments &arguments, const Settings &settings, User user) {
+    return runInPrivateRoot("root", arguments, settings, user);
 }
 
 void TerminalTest::press(std::string_view keys) {
     while (!keys.empty()) {
-        const auto end = keys.front() == '<' ? keys.find('>', 2) : 0;
-        ASSERT_NE(end, keys.npos) << "no end of the key in " << keys;
-        const std::string key(keys.substr(0, end + 1));
+        const std::string key(keys.substr(0, keys[0] == '<' ? keys.find('>') + 1 : 1));
         keys.remove_prefix(key.size());
+        const std::string bytes = key.size() == 1 ? key : NAMED_KEYS.at(key);
         ASSERT_FALSE(ended()) << "the program ended before " << key << "; screen:\n" << screen();
-        send(keyBytes(key));
+        // One write, so that the bytes of a key arrive together.
+        ASSERT_EQ(write(master, bytes.data(), bytes.size()), std::ssize(bytes)) << key;
         settle(key);
     }
 }
 
-// The bytes of one key in the notation of press().
-std::string TerminalTest::keyBytes(const std::string &key) {
-    if (key.size() == 1)
-        return key;
-    const std::string name = key.substr(1, key.size() - 2);
-    for (const NamedKey &named : NAMED_KEYS) {
-        if (named.name != name)
-            continue;
-        if (named.key != VTERM_KEY_NONE)
-            vterm_keyboard_key(emulator, named.key, VTERM_MOD_NONE);
-        return std::exchange(replies, {}) + std::string(named.bytes);
-    }
-    EXPECT_EQ(name.size(), 1) << "there is no key " << key;
-    return name;
-}
-
-void TerminalTest::waitFor(const std::string &text) {
-    const auto appeared = [&] {
-        for (int row = 0; row < lines; row++) {
-            if (rowText(row, false).find(text) != text.npos)
-                return true;
-        }
-        return false;
-    };
-    waitUntil(appeared, "\"" + text + "\" does not appear");
-    settle(text);
-}
-
-void TerminalTest::resize(int newLines, int newColumns) {
+void TerminalTest::resize(unsigned short newLines, unsigned short newColumns) {
     lines = newLines;
     columns = newColumns;
-    vterm_set_size(emulator, lines, columns);
-    const winsize size = windowSize(lines, columns);
+    vterm_set_size(emulator.get(), lines, columns);
+    const winsize size{lines, columns, 0, 0};
     ioctl(master, TIOCSWINSZ, &size); // the kernel sends SIGWINCH
     settle("the new size");
 }
@@ -228,15 +187,8 @@ bool TerminalTest::feed(int wait) {
     if (length <= 0)
         return false;
     output.append(bytes, static_cast<std::size_t>(length));
-    vterm_input_write(emulator, bytes, static_cast<std::size_t>(length));
-    send(std::exchange(replies, {}));
+    vterm_input_write(emulator.get(), bytes, static_cast<std::size_t>(length));
     return true;
-}
-
-// One write, so that the bytes of a key arrive together.
-void TerminalTest::send(const std::string &bytes) {
-    if (write(master, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
-        ADD_FAILURE() << "the terminal takes no input";
 }
 
 bool TerminalTest::ended() {
@@ -249,7 +201,7 @@ bool TerminalTest::ended() {
 std::string TerminalTest::rows(int first, int last) const {
     std::string text;
     for (int row = first; row <= last; row++)
-        text += rowText(row, true) + "\n";
+        text += rowText(vterm_obtain_screen(emulator.get()), row, columns) + "\n";
     return text;
 }
 
@@ -257,37 +209,6 @@ std::string TerminalTest::screen() const { return rows(0, lines - 1); }
 
 std::pair<int, int> TerminalTest::cursor() const {
     VTermPos position;
-    vterm_state_get_cursorpos(vterm_obtain_state(emulator), &position);
+    vterm_state_get_cursorpos(vterm_obtain_state(emulator.get()), &position);
     return {position.row, position.col};
-}
-
-std::string TerminalTest::rowText(int row, bool marked) const {
-    std::string text, mark;
-    int end = columns;
-    while (end > 0 && isBlank(cellAt(row, end - 1)))
-        end--;
-    for (int column = 0; column < end; column++) {
-        const std::string next = marked ? markOf(cellAt(row, column).attrs) : "";
-        if (next != mark) {
-            text += mark.empty() ? "" : "}";
-            text += next;
-        }
-        mark = next;
-        text += cellText(row, column);
-    }
-    return text + (mark.empty() ? "" : "}");
-}
-
-VTermScreenCell TerminalTest::cellAt(int row, int column) const {
-    VTermScreenCell cell;
-    vterm_screen_get_cell(display, {row, column}, &cell);
-    return cell;
-}
-
-// UTF-8; a cell that nothing was written to is a blank.
-std::string TerminalTest::cellText(int row, int column) const {
-    char text[VTERM_MAX_CHARS_PER_CELL * 4];
-    const VTermRect cell{row, row + 1, column, column + 1};
-    const std::size_t length = vterm_screen_get_text(display, text, sizeof text, cell);
-    return length == 0 ? " " : std::string(text, length);
 }

@@ -24,12 +24,9 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
     press("<Down><Down><Down><Enter>"); // Brightmoor Skylark 64
     EXPECT_EQ(rows(3, 5), "   Supported Modes for Brightmoor Skylark 64\n\n"
                           "     {b: 640 x  480,      256 colors at 60 Hz}\n");
-    press("<Down><Down><Down><Down><Space>");
-    for (int n = 0; n < 5; n++)
-        press("<Down>");
-    press("<Space>");
+    press("<Down><Down><Down><Down><Space><Down><Space><Down><Down><Down><Down><Space>");
     EXPECT_EQ(rows(9, 14), "     {r: 800 x  600,      256 colors at 60 Hz}\n"
-                           "      800 x  600,      256 colors at 72 Hz\n"
+                           "     {r: 800 x  600,      256 colors at 72 Hz}\n"
                            "      800 x  600,      256 colors at 75 Hz\n"
                            "      800 x  600,      256 colors at 85 Hz\n"
                            "     1024 x  768,      256 colors at 43 Hz Interlaced\n"
@@ -47,52 +44,54 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
               "  Mouse:              Serial mouse, two buttons (2 buttons)\n"
               "  Colors:             256\n"
               "  Virtual Resolution: 1280x1024\n"
-              "  Screen Resolutions: 800x600 1024x768 1024x768\n\n");
+              "  Screen Resolutions: 800x600 800x600 1024x768 1024x768\n\n");
     EXPECT_EQ(readFile(config), sample); // nothing is written yet
     press("<Down><Down><Enter>");
     EXPECT_EQ(exitStatus(), 0);
     EXPECT_FALSE(fs::exists(temporary));
-    EXPECT_EQ(readFile(config), "OScode Linux\n"
-                                "LogFile /var/log/Xkorvel.log\n"
-                                "Mouse Microsoft /dev/ttyS0\n"
-                                "Buttons 2\n"
-                                "Emulate3Buttons 50\n"
-                                "BaudRate 1200\n"
-                                "# ReportRate 40\n"
-                                "FontPath /usr/lib/X11/fonts/misc,/usr/lib/X11/fonts/75dpi,"
-                                "/usr/lib/X11/fonts/100dpi\n"
-                                "# VisualClass PseudoColor\n"
-                                "# NoBackingStore \n"
-                                "HotKeyExit Off\n"
-                                "XscreenSaverDelay 600\n"
-                                "DPMSstandbyDelay 900\n"
-                                "DPMSoffDelay 1800\n"
-                                "ScreenLayout 0 LeftOf 1\n"
-                                "Option SharedMemory\n"
-                                "Option BackingStoreLimit 4096\n"
-                                "# Option NoHardwareCursor\n"
-                                "Video Colour\n"
-                                "\n\n\n"
-                                "\n\nDriver bm64\n"
-                                "Card Brightmoor Skylark 64\n"
-                                "Chipset Brightmoor BM64\n"
-                                "# The blitter needs the linear window; without it, comment both "
-                                "lines out.\n"
-                                "MemBase 0xF0000000\n"
-                                "LinearAperture 4096\n"
-                                "HardwareCursor Yes\n\n"
-                                "VideoRam 2048\n"
-                                "Ramdac BM-RD135\n"
-                                "Virtual 1280 1024\n"
-                                "Depth 8\n\n"
-                                "Modes \n"
-                                "\"800x600\" 40.0 800 840 968 1056 600 601 605 628 PHsync PVsync \n"
-                                "\"1024x768\" 65.0 1024 1048 1184 1344 768 771 777 806 NHsync "
-                                "NVsync \n"
-                                "\"1024x768a\" 75.0 1024 1048 1184 1328 768 771 777 806 NHsync "
-                                "NVsync \n"
-                                "\n\n" +
-                                    sample.substr(sample.find("Driver qv9")));
+    EXPECT_EQ(readFile(config),
+              "OScode Linux\n"
+              "LogFile /var/log/Xkorvel.log\n"
+              "Mouse Microsoft /dev/ttyS0\n"
+              "Buttons 2\n"
+              "Emulate3Buttons 50\n"
+              "BaudRate 1200\n"
+              "# ReportRate 40\n"
+              "FontPath /usr/lib/X11/fonts/misc,/usr/lib/X11/fonts/75dpi,"
+              "/usr/lib/X11/fonts/100dpi\n"
+              "# VisualClass PseudoColor\n"
+              "# NoBackingStore \n"
+              "HotKeyExit Off\n"
+              "XscreenSaverDelay 600\n"
+              "DPMSstandbyDelay 900\n"
+              "DPMSoffDelay 1800\n"
+              "ScreenLayout 0 LeftOf 1\n"
+              "Option SharedMemory\n"
+              "Option BackingStoreLimit 4096\n"
+              "# Option NoHardwareCursor\n"
+              "Video Colour\n"
+              "\n\n\n"
+              "\n\nDriver bm64\n"
+              "Card Brightmoor Skylark 64\n"
+              "Chipset Brightmoor BM64\n"
+              "# The blitter needs the linear window; without it, comment both "
+              "lines out.\n"
+              "MemBase 0xF0000000\n"
+              "LinearAperture 4096\n"
+              "HardwareCursor Yes\n\n"
+              "VideoRam 2048\n"
+              "Ramdac BM-RD135\n"
+              "Virtual 1280 1024\n"
+              "Depth 8\n\n"
+              "Modes \n"
+              "\"800x600\" 40.0 800 840 968 1056 600 601 605 628 PHsync PVsync \n"
+              "\"800x600a\" 50.0 800 856 976 1040 600 637 643 666 PHsync PVsync \n"
+              "\"1024x768\" 65.0 1024 1048 1184 1344 768 771 777 806 NHsync "
+              "NVsync \n"
+              "\"1024x768b\" 75.0 1024 1048 1184 1328 768 771 777 806 NHsync "
+              "NVsync \n"
+              "\n\n" +
+                  sample.substr(sample.find("Driver qv9")));
 }
 
 TEST_F(InteractiveRunTest, ThePreviousMenuAndQuittingChangeNothing) {
@@ -141,6 +140,11 @@ TEST_F(InteractiveRunTest, TheTemplateStandsInAndGetsTheFontsOfTheMachine) {
               saved.npos);
     EXPECT_TRUE(saved.ends_with("NHsync NVsync \n\n\n"));
     EXPECT_FALSE(fs::exists(config));
+    writeFile(directory / "root/usr/lib/X11/Korvel/scrconf/Xconfig.tmpl", "FontPath /mine\n");
+    start();
+    press("<Enter><Down><Down><Enter>");
+    EXPECT_EQ(exitStatus(), 0);
+    EXPECT_EQ(readFile(config), "FontPath /mine\n\n\n\n"); // an active one stays
 }
 
 TEST_F(InteractiveRunTest, TheNextFreeNumberAddsAScreen) {

@@ -11,7 +11,8 @@ struct ScreensTest : TerminalTest {
         writeFile(config, "Mouse Odd /dev/odd\n"
                           "Driver one\nCard Old\nVirtual 1600 1200\nDepth 8\nModes\n"
                           "\"640x480\"\n\"800x600\"\n\"1024x768\"\n\"1152x900\"\n\"1280x1024\"\n"
-                          "\"1600x1200\"\nDriver two\nDriver three\nDepth 32\n");
+                          "\"1600x1200\"\nDriver two\nDriver three\nDepth 32\nModes\n"
+                          "\"1x1\"\n\"2x2\"\n\"3x3\"\n\"4x4\"\n\"5x5\"\n");
         writeFile(korvel / "scrconf/CardInfo", "Class many\nMany modes\nClass one\nOne mode\n"
                                                "Class empty\nNo modes\nClass gone\nNo entry\n");
         std::string modes = "Driver many\nModes\n";
@@ -63,7 +64,9 @@ TEST_F(ScreensTest, TheInformationScreenAndThePanel) {
                           "  Screen Resolutions: 640x480 800x600 ... 1280x1024 1600x1200\n");
     start({"-2"});
     press("<Enter>");
-    EXPECT_EQ(rows(7, 7), "  Colors:             16777216\n");
+    EXPECT_EQ(rows(7, 9), "  Colors:             16777216\n"
+                          "  Virtual Resolution:\n"
+                          "  Screen Resolutions: 1x1 2x2 ... 4x4 5x5\n");
 }
 
 TEST_F(ScreensTest, AMenuScrollsByOneLineAtEitherEdge) {
@@ -145,7 +148,7 @@ TEST_F(ScreensTest, AWrongDeviceIsAskedForAgain) {
     press("<Enter>/dev/tty");
     EXPECT_EQ(rows(2, 2),
               " │   Device (default: /dev/ttyS0) : /dev/tty                           │\n");
-    press("S1<Delete>"); // ends the answer as Enter does
+    press("S1<Esc>"); // ends the answer as Enter does
     EXPECT_EQ(rows(6, 6), "  Mouse:              Serial (2 buttons)\n");
     press("<Enter><Enter><Enter>"); // the new device is the default now and is kept
     press("<Enter><Down><Enter>");
@@ -153,6 +156,23 @@ TEST_F(ScreensTest, AWrongDeviceIsAskedForAgain) {
     press("<Enter><Enter><Enter><Down><Enter>");
     EXPECT_EQ(exitStatus(), 0);
     EXPECT_TRUE(readFile(config).starts_with("Mouse Microsoft /dev/ttyS1\nButtons 2\n\n\n\n"));
+}
+
+TEST_F(ScreensTest, LongTextsAreCutByTheCell) {
+    const std::string wide = "\u65e5"; // two cells
+    writeFile(korvel / "scrconf/CardInfo", "Class many\n" + std::string(57, 'Y') + wide + "\n" +
+                                               std::string(56, 'Z') + wide + "Z\n" + wide +
+                                               "\tA\xff\n");
+    writeFile(korvel / "scrconf/MouseInfo", "Mouse \"M\" M 2 /dev/" + std::string(60, 'd') + "\n");
+    start();
+    press("<Enter><Enter>");
+    EXPECT_EQ(rows(5, 8), "     {b:" + std::string(57, 'Y') + "}\n     " + std::string(56, 'Z') +
+                              wide + "\n     " + wide + "     A?\n\n");
+    press("<Enter>");
+    EXPECT_EQ(rows(3, 3), "   Supported Modes for " + std::string(55, 'Y') + "\n");
+    press("p<Down><Enter><Enter>/dev/x");
+    EXPECT_EQ(rows(2, 2),
+              " │   Device (default: /dev/" + std::string(33, 'd') + "/dev/x             │\n");
 }
 
 TEST_F(ScreensTest, AnAnswerMayBeLongerThanItsDialog) {

@@ -1,14 +1,16 @@
 #include "vdif/mode_timing.h"
 
 #include <cstdio>
+#include <sstream>
 #include <utility>
 #include <vector>
 
 #include "support/temp_dir.h"
+#include "vdif/vdif_reader.h"
 
 using Values = std::vector<std::pair<VdifField, std::uint64_t>>;
 
-// 640 x 480 at 60 Hz with the times of VESA DMT.
+// 640 x 480 at 60 Hz, with borders: blanking reaches the end of the line and of the frame.
 static const Values VGA = {{TimingField::HorPixel, 640},       {TimingField::VerPixel, 480},
                            {TimingField::PixelClock, 25175},   {TimingField::HorFrequency, 31469},
                            {TimingField::VerFrequency, 59940}, {TimingField::HorSyncStart, 26058},
@@ -60,6 +62,32 @@ TEST_F(ModeTimingTest, NamedTimingBecomesAModeLine) {
                             {TimingField::PixelClock, 251750}}; // products beyond 32 bits
     load("lace", changed(VGA, changes), SYNC_CONFIG_ON_GREEN);
     EXPECT_EQ(find("lace"), "251.750 1288 6560 7520 8000 480 490 492 525 95");
+    EXPECT_EQ(messages(), "");
+}
+
+// Each record of the shipped library stands behind a comment with the numbers of its mode line.
+TEST_F(ModeTimingTest, TheShippedTimingsConvertToTheModeLinesOfTheirComments) {
+    const auto library = SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
+    defaultDescription.reset();
+    loadMonitorDescriptions(library, nullptr);
+    const auto up = [](int pixels) { return (pixels + 7) / 8 * 8; };
+    std::istringstream lines(readFile(library));
+    std::size_t index = 0;
+    for (std::string line; std::getline(lines, line);) {
+        int h[4], v[4];
+        if (std::sscanf(line.c_str(), "// %d %d %d %d  %d %d %d %d", &h[0], &h[1], &h[2], &h[3],
+                        &v[0], &v[1], &v[2], &v[3]) != 8)
+            continue;
+        ModeTiming t;
+        const VdifBlock record = timingRecord(*currentDescription, index++);
+        ASSERT_TRUE(findTimingByName(t, timingName(*currentDescription, record)));
+        EXPECT_EQ((std::vector{t.hDisplay, t.hSyncStart, t.hSyncEnd, t.hTotal, t.vDisplay,
+                               t.vSyncStart, t.vSyncEnd, t.vTotal}),
+                  (std::vector{h[0], up(h[1]), up(up(h[1]) + h[2] - h[1]), up(h[3]), v[0], v[1],
+                               v[2], v[3]}))
+            << line;
+    }
+    EXPECT_EQ(index, timingCount(*currentDescription));
     EXPECT_EQ(messages(), "");
 }
 

@@ -1,8 +1,7 @@
 #include "vdif/vdif_reader.h"
 
+#include <cstdio>
 #include <cstdlib>
-#include <initializer_list>
-#include <sstream>
 
 #include "support/temp_dir.h"
 
@@ -34,9 +33,12 @@ static std::string timing(const std::string &name, const std::string &verFrequen
            "\" HorFrequency = 31.469 PixelClock = 135 HorTotalTime = 31.778 HorSyncStart = 40\n";
 }
 
+// Beyond three limits at once.
+static const std::string TOO_MUCH =
+    timing("Fast", "91") + "PixelClock = 135.001 HorFrequency = 64.001\n";
 static const std::string LIBRARY = HEAD + LIMITS + timing("Slow", "40.5") + timing("Same", "50") +
                                    timing("Same", "70") + timing("Half", "43") +
-                                   "ScanType = Interlaced\n" + timing("lace", "50") +
+                                   "ScanType = Interlaced\n" + TOO_MUCH + timing("lace", "50") +
                                    "ScanType = Interlaced\n";
 
 // The names of the timings, each with its frame rate in mHz.
@@ -50,24 +52,50 @@ static std::string timings(const MonitorDescription &description) {
     return text;
 }
 
-// Fields in hexadecimal, strings as their text.
-static std::string fields(const MonitorDescription &description, VdifBlock block,
-                          std::initializer_list<VdifField> numbers,
-                          std::initializer_list<VdifField> strings) {
-    std::ostringstream text;
-    for (const VdifField field : numbers)
-        text << std::hex << fieldValue(block, field) << " ";
-    for (const VdifField field : strings)
-        text << stringAt(description, fieldValue(block, field)) << ";";
-    return text.str();
+static std::string hex(std::string_view bytes) {
+    std::string text;
+    for (const char byte : bytes) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(byte));
+        text += digits;
+    }
+    return text;
 }
 
-static std::string header(const MonitorDescription &description) {
-    using namespace HeaderField;
-    return fields(description, headerBlock(description),
-                  {VdifVersion, VdifRevision, Date, MonitorType, CRTSize, RedGamma, GreenGamma,
-                   BlueGamma, LimitsCount, LimitsOffset},
-                  {FileRevision, Manufacturer, ModelNumber, MinVDIFIndex, Version, SerialNumber});
+// Every key once, each with a value of its own: the image shows where and how each is stored.
+TEST_F(VdifReaderTest, EveryFieldHasItsPlaceAndUnit) {
+    writeFile(
+        "all",
+        "[VERSION]\t2.25 [MONITOR_DESCRIPTION] DATE=1996/5/12 FILEREVISION=a MANUFACTURER=b\n"
+        "MODELNUMBER=c (MINVDIFINDEX=d) VERSION=e SERIALNUMBER=f DATEMANUFACTURED=1995/4/11\n"
+        "MONITORTYPE=COLOUR CRTSIZE=17 PHOSPHOR1DECAY=1 PHOSPHOR2DECAY=1 PHOSPHOR3DECAY=1\n"
+        "BORDER=1 WHITEPOINTX=1 WHITEPOINTY=1 WHITEPOINTCAPY=1 PHOSP1CHROMATICITYX=1\n"
+        "PHOSP1CHROMATICITYY=1 PHOSP2CHROMATICITYX=1 PHOSP2CHROMATICITYY=1\n"
+        "PHOSP3CHROMATICITYX=1 PHOSP3CHROMATICITYY=1 GAMMA=1\n"
+        "[OPERATIONAL_LIMITS] MAXHORPIXEL=1 MAXVERPIXEL=2 MAXHORADDRLENGTH=3\n"
+        "MAXVERADDRHEIGHT=4 VIDEOTYPE=OTHER TERMINATIONRESISTANCE=6 WHITELEVEL=0.007\n"
+        "BLACKLEVEL=0.008 BLANKLEVEL=0.009 SYNCTYPE=ECL SYNCCONFIGURATION=CP SYNCLEVEL=0.012\n"
+        "MAXPIXELCLOCK=0.013 MINHORFREQUENCY=0.014 MAXHORFREQUENCY=0.015\n"
+        "MINVERFREQUENCY=0.016 MAXVERFREQUENCY=0.017 MINHORRETRACE=0.018 MINVERRETRACE=0.019\n"
+        "[PREADJUSTED_TIMING] PREADJUSTEDTIMINGNAME=g HORPIXEL=3 VERPIXEL=4\n"
+        "HORFREQUENCY=0.005 VERFREQUENCY=0.006 PIXELCLOCK=0.007 CHARACTERWIDTH=8\n"
+        "HORADDRLENGTH=9 VERADDRHEIGHT=10 PIXELWIDTHRATIO=11 PIXELHEIGHTRATIO=12\n"
+        "SCANTYPE=OTHER HORSYNCPOLARITY=NEGATIVE VERSYNCPOLARITY=POSITIVE HORTOTALTIME=0.016\n"
+        "HORADDRTIME=0.017 HORBLANKSTART=0.018 HORBLANKTIME=0.019 HORSYNCSTART=0.020\n"
+        "HORSYNCTIME=0.021 VERTOTALTIME=0.022 VERADDRTIME=0.023 VERBLANKSTART=0.024\n"
+        "VERBLANKTIME=0.025 VERSYNCSTART=0.026 VERSYNCTIME=0.027\n");
+    const auto description = readMonitorDescription("all");
+    EXPECT_EQ(hex(headerBlock(*description)),
+              "5644494600000000000000000200fa00cc0705000c00cb0704000b00010000000300000005000000"
+              "07000000090000000b0000000011" +
+                  std::string(84, '0') + "0100000074000000" + std::string(24, '0'));
+    EXPECT_EQ(hex(*limitsBlock(*description)),
+              "000000000000000001000200030004000402020000000600070008000900"
+              "0c000d0000000e0000000f0000001000000011000000120013000100000000000000");
+    EXPECT_EQ(hex(timingRecord(*description, 0)),
+              "00000000000000000d0000000300040009000a000b0c000200010800070000000500000006000000"
+              "10000000160000001100000012001300140015001700180019001a001b000000");
+    EXPECT_EQ(stringPool, std::string("\0A\0B\0C\0D\0E\0F\0G\0", 15));
 }
 
 TEST_F(VdifReaderTest, MonitorGetsTheLibraryTimingsThatFit) {
@@ -80,9 +108,11 @@ TEST_F(VdifReaderTest, MonitorGetsTheLibraryTimingsThatFit) {
                           "Test: Mode Same \nPreAdjustedTiming Same: error number 17\n"
                           "Test: Mode Same \nPreAdjustedTiming Same: error number 17\n"
                           "Test: Mode Half \nPreAdjustedTiming Half: error number 17\n"
+                          "Test: Mode Fast \nAbove Maximum Horizontal Frequency\n"
+                          "Above Maximum Vertical Frequency\nAbove Maximum Bandwidth\n"
                           "Test: Mode lace \nAbove Maximum Vertical Frequency\n");
     const std::string library = timings(*defaultDescription);
-    EXPECT_EQ(library, "Slow 40500\nSame 50000\nSame 70000\nHalf 43000\nlace 50000\n");
+    EXPECT_EQ(library, "Slow 40500\nSame 50000\nSame 70000\nHalf 43000\nFast 91000\nlace 50000\n");
     EXPECT_EQ(timings(*loadMonitorDescriptions("library", "library")), library);
     EXPECT_EQ(loadMonitorDescriptions("library", nullptr), defaultDescription.get());
     EXPECT_EQ(loadMonitorDescriptions("library", "missing"), nullptr);
@@ -94,12 +124,16 @@ TEST_F(VdifReaderTest, EstablishedTimingsAreTheOnlyOnesTaken) {
     const std::string established = LIMITS + "[ESTABLISHED_TIMINGS] \"lace\", \"Same\" \"Slow\"\n";
     writeFile("library", LIBRARY);
     writeFile("monitor", HEAD + established + timing("Own", "1"));
+    writeFile("gamma", HEAD + established + "[GAMMA_TABLE_ENTRIES]\n" + timing("Own", "1"));
     writeFile("misspelt", HEAD + established + "slow \"Half\"" + timing("Own", "1"));
     loadMonitorDescriptions("library", "monitor");
     EXPECT_EQ(timings(*currentDescription), "lace 50000\nSame 50000\nSlow 40500\nOwn 1000\n");
     const std::string reports = "PreAdjustedTiming lace: error number 17\n"
                                 "PreAdjustedTiming Same: error number 17\n"
                                 "PreAdjustedTiming Slow: error number 17\n";
+    EXPECT_EQ(messages(), reports);
+    loadMonitorDescriptions("library", "gamma");
+    EXPECT_EQ(timings(*currentDescription), "lace 50000\nSame 50000\nSlow 40500\n");
     EXPECT_EQ(messages(), reports);
     loadMonitorDescriptions("library", "misspelt");
     EXPECT_EQ(timings(*currentDescription), "lace 50000\nSame 50000\nSlow 40500\n");
@@ -110,45 +144,32 @@ TEST_F(VdifReaderTest, EstablishedTimingsAreTheOnlyOnesTaken) {
 }
 
 TEST_F(VdifReaderTest, ReadingEndsWhereTheFormatIsLeftAndTheRestStays) {
-    const std::string start = "1 64 c000507cc ", strings = "r1;Acme // Co;M15;;;S7;";
     const std::string incomplete = "Invalid VDIF FILE monitor, missing Operational Limits\n";
+    const std::string one = timing("One", "1"), two = timing("Two", "2");
     const struct {
-        std::string text, header, timings, messages;
+        std::string text;
+        std::uint64_t limits, type, gamma;
+        std::string timings, messages;
     } cases[] = {
-        {"", "0 0 0 0 0 0 0 0 0 74 ;;;;;;", "", incomplete},
-        {"[VERSION] 1.1 [MONITOR_DESCRIPTION] Date = 1996.5.12", "1 64 0 0 0 0 0 0 0 74 ;;;;;;", "",
-         incomplete},
-        {HEAD + LIMITS + timing("One", "1") + "[GAMMA_TABLE_ENTRIES]" + timing("Two", "2"),
-         start + "0 f 0 0 0 1 74 " + strings, "One 1000\n", ""},
-        {HEAD + LIMITS + timing("One", "1") + LIMITS + timing("Two", "2"),
-         start + "0 f 0 0 0 1 74 " + strings, "One 1000\n", ""},
-        {HEAD + LIMITS + "[PREADJUSTED_TIMING] VerFrequency = $" + timing("Two", "2"),
-         start + "0 f 0 0 0 1 74 " + strings, " 0\n", ""}, // a record of its header only
-        {HEAD + "RedPhosphorDecay = 1 BorderRed = 2 GreenGamma = 2.2\n" + LIMITS +
-             timing("One", "1"),
-         start + "1 f 3e8 0 3e8 1 74 " + strings, "One 1000\n", ""},
-        {HEAD + "Phosphor1Decay = 1 Gamma = 2.2 [OPERATIONAL_LIMITS] MaxVerPixel = 1",
-         start + "0 f 0 0 0 1 74 " + strings, "", incomplete}, // keys out of order
+        {"", 0, 0, 0, "", incomplete},
+        {"[VERSION] 1.1 [MONITOR_DESCRIPTION] Date = 1996.5.12", 0, 0, 0, "", incomplete},
+        {HEAD + LIMITS + one + "[GAMMA_TABLE_ENTRIES]" + two, 1, 0, 0, "One 1000\n", ""},
+        {HEAD + LIMITS + one + LIMITS + two, 1, 0, 0, "One 1000\n", ""},
+        {HEAD + LIMITS + "[PREADJUSTED_TIMING] VerFrequency = $" + two, 1, 0, 0, " 0\n", ""},
+        {HEAD + "RedPhosphorDecay=1 BorderRed=2 GreenGamma=2.2\n" + LIMITS, 1, 1, 1000, "", ""},
+        {HEAD + "Phosphor1Decay = 1 [OPERATIONAL_LIMITS] MaxVerPixel = 1", 1, 0, 0, "", incomplete},
+        {HEAD + LIMITS.substr(0, LIMITS.find("MinVer")) + one, 1, 0, 0, "One 1000\n", incomplete},
     };
     for (const auto &given : cases) {
         SCOPED_TRACE(given.text);
         writeFile("monitor", given.text);
         const auto description = readMonitorDescription("monitor");
-        EXPECT_EQ(header(*description), given.header);
+        const VdifBlock header = headerBlock(*description);
+        EXPECT_EQ(fieldValue(header, HeaderField::LimitsCount), given.limits);
+        EXPECT_EQ(fieldValue(header, HeaderField::MonitorType), given.type);
+        EXPECT_EQ(fieldValue(header, HeaderField::RedGamma), given.gamma);
+        EXPECT_EQ(fieldValue(header, HeaderField::GreenGamma), 0u);
         EXPECT_EQ(timings(*description), given.timings);
         EXPECT_EQ(messages(), given.messages);
     }
-}
-
-TEST_F(VdifReaderTest, LimitsAreStoredInTheirUnits) {
-    writeFile("monitor", HEAD + LIMITS + "MinHorRetrace = 3.5");
-    const auto description = readMonitorDescription("monitor");
-    using namespace LimitsField;
-    EXPECT_EQ(fields(*description, *limitsBlock(*description),
-                     {MaxHorPixel, MaxVerPixel, MaxHorAddrLength, MaxVerAddrHeight, VideoType,
-                      TerminationResistance, WhiteLevel, SyncType, SyncConfiguration, MaxPixelClock,
-                      MinHorFrequency, MaxHorFrequency, MinVerFrequency, MaxVerFrequency,
-                      MinHorRetrace, MinVerRetrace, TimingCount},
-                     {}),
-              "500 400 118 d2 1 0 2bc 0 3 20f58 7530 fa00 c350 15f90 dac 0 0 ");
 }
