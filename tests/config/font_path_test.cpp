@@ -1,7 +1,5 @@
 #include "config/font_path.h"
 
-#include <algorithm>
-
 #include "support/temp_dir.h"
 
 namespace fs = std::filesystem;
@@ -20,14 +18,4 @@ TEST_F(FontPathTest, PreferredDirectoriesComeFirstAndEachOnce) {
     fs::remove_all("usr/X11R6/lib/X11/fonts/Type1");
     writeFile("usr/lib/X11/fonts/fonts.dir", ""); // found first through the candidate below it
     EXPECT_TRUE(findFontPath()->ends_with(",usr/lib/X11/fonts/pcf/..,usr/openwin/lib/fonts/misc"));
-}
-
-TEST_F(FontPathTest, TheTableHoldsTenDirectories) {
-    EXPECT_EQ(findFontPath(), "usr/lib/X11/Korvel/fonts");
-    for (int n = 0; n < 12; n++)
-        writeFile("usr/lib/X11/fonts/set" + std::to_string(n) + "/fonts.dir", "");
-    const std::string path = findFontPath().value();
-    EXPECT_EQ(std::ranges::count(path, ','), 9);
-    EXPECT_EQ(messages(), "Font Path elements array boundary exceeded\n"
-                          "Font Path elements array boundary exceeded\n");
 }

@@ -4,30 +4,11 @@
 
 using ScreenConfigTest = TempDirTest;
 
-static const char *const THREE_SECTIONS = "Card before the first section\n"
-                                          "Driver one\n"
-                                          "Card  Acme One \n"
-                                          "Virtual 1024 768\n"
-                                          "Virtual 5\n"
-                                          "Depth 8\n"
-                                          "Modes here\n"
-                                          "\"640x480\" 25 640 656\n"
-                                          " \"1x1\" indented\n"
-                                          "Depth 16\n"
-                                          "\"800x 600-tall\"\n"
-                                          "\"axb\"\n"
-                                          "ModeDB\n"
-                                          "\"1024x768\"\n"
-                                          "Driver two\n"
-                                          "Modes\n"
-                                          "Card late\n"
-                                          "\"-8x+9\n"
-                                          "Driver three";
+static const std::string THREE_SECTIONS = samplePath("Xconfig.sections");
 
 TEST_F(ScreenConfigTest, OneSectionIsReadUpToItsModeDatabase) {
-    writeFile("Xconfig", THREE_SECTIONS);
     ScreenConfig screen;
-    ASSERT_TRUE(parseScreenSection("Xconfig", 0, screen));
+    ASSERT_TRUE(parseScreenSection(THREE_SECTIONS, 0, screen));
     EXPECT_EQ(screen.card->name, " Acme One ");
     EXPECT_EQ(screen.unchanged, 1);
     EXPECT_EQ(screen.virtualWidth, 1024);
@@ -43,15 +24,14 @@ TEST_F(ScreenConfigTest, OneSectionIsReadUpToItsModeDatabase) {
 }
 
 TEST_F(ScreenConfigTest, SectionsAreCountedFromTheirFirstLine) {
-    writeFile("Xconfig", THREE_SECTIONS);
     ScreenConfig screen;
-    ASSERT_TRUE(parseScreenSection("Xconfig", 1, screen));
+    ASSERT_TRUE(parseScreenSection(THREE_SECTIONS, 1, screen));
     EXPECT_EQ(screen.card, nullptr); // a card behind "Modes" is not seen
     EXPECT_EQ(screen.modes->hDisplay, -8);
     EXPECT_EQ(screen.modes->vDisplay, 9);
-    EXPECT_TRUE(parseScreenSection("Xconfig", 2, screen));
+    EXPECT_TRUE(parseScreenSection(THREE_SECTIONS, 2, screen));
     EXPECT_EQ(screen.modes, nullptr);
-    EXPECT_FALSE(parseScreenSection("Xconfig", 3, screen));
+    EXPECT_FALSE(parseScreenSection(THREE_SECTIONS, 3, screen));
     EXPECT_EXIT(parseScreenSection("missing", 0, screen), testing::ExitedWithCode(1),
                 "^\nFatal error:\nfailed to open file missing\n\n$");
 }

@@ -21,23 +21,7 @@ static std::string shownCards() {
 }
 
 TEST_F(CardListTest, CardsAreSortedWithClassAndExtraLines) {
-    writeFile(CARD_LIST_PATH, "# comment\n"
-                              "Orphan\n"
-                              ": lost with it\n"
-                              "Class fast\n"
-                              ": before the first card\n"
-                              "beta card , with text\n"
-                              ":\n"
-                              ": after beta\n"
-                              "\n"
-                              "abcd\n"
-                              "Gamma\n"
-                              "Same card, first\n"
-                              "Class\n"
-                              "Same card, second\n"
-                              "Classic slow\n"
-                              " blank first\n"
-                              ": last");
+    writeFile(CARD_LIST_PATH, sampleFile("CardInfo"));
     loadCardList();
     EXPECT_EQ(shownCards(), "[ blank first] c slow (last)\n"
                             "[Gamma] fast\n"

@@ -5,20 +5,10 @@
 #include "vdif/monitor_description.h"
 #include "vdif/vdif_reader.h"
 
-static const char *const LIBRARY =
-    "[VERSION] 1.0 [MONITOR_DESCRIPTION] DATE=1996/1/1 FILEREVISION=1 MANUFACTURER=M MODELNUMBER=N "
-    "MONITORTYPE=COLOR CRTSIZE=17 [OPERATIONAL_LIMITS] MAXHORPIXEL=9999 MAXVERPIXEL=9999 "
-    "MAXHORADDRLENGTH=1 MAXVERADDRHEIGHT=1 VIDEOTYPE=ANALOG SYNCTYPE=TTL "
-    "SYNCCONFIGURATION=SEPARATE [PREADJUSTED_TIMING] PREADJUSTEDTIMINGNAME=\"my timing\" "
-    "HORPIXEL=640 VERPIXEL=480 HORFREQUENCY=31.469 PIXELCLOCK=25.175 HORTOTALTIME=31.778 "
-    "HORBLANKTIME=31.778 HORSYNCSTART=26.058 HORSYNCTIME=3.813 VERTOTALTIME=16.683 "
-    "VERBLANKTIME=16.683 VERSYNCSTART=15.571 VERSYNCTIME=0.064 SCANTYPE=INTERLACED\n";
-
 struct DisplayEntryTest : TempDirTest {
     void SetUp() override {
-        writeFile("monitor", LIBRARY);
         defaultDescription = nullptr;
-        loadMonitorDescriptions("monitor", nullptr);
+        loadMonitorDescriptions(samplePath("one-timing.vda").c_str(), nullptr);
     }
     // The modes of an entry with this text.
     VideoMode *read(std::string_view text) {
@@ -42,15 +32,7 @@ static std::string shownMode(const VideoMode &mode) {
 }
 
 TEST_F(DisplayEntryTest, TheThreeFormsOfAModeLine) {
-    VideoMode *modes = read("# NoVirtual\nDriver x\n1 2 3 template\nModes and more\n"
-                            " 640 480 8 60 25 640 656 752 800 480 490 492 525\n"
-                            "1024 768 32 -3 65 1 2 3 4 5 6 7 8 18 rest\n"
-                            "640 480 8 60 25 vga60\n"
-                            "1600 1200 15 0 +200 a234567890123456789012345678901 4\n"
-                            "# 1 2 3\nstray word\nModes\n\n"
-                            "640 480 16 -1 \"my timing\"\n"
-                            "800 600 4 -2 \"unknown\"\n"
-                            "1 2 40 -9 5 6 7 8\n");
+    VideoMode *modes = read(sampleFile("DisplayConfig"));
     EXPECT_EQ(card.flags, 0u);
     std::string shown;
     for (; modes; modes = modes->next)

@@ -5,8 +5,8 @@
 #include "support/temp_dir.h"
 
 struct PointerDevicesTest : TempDirTest {
-    void load(std::string_view database, std::string_view configuration) {
-        writeFile(POINTER_LIST_PATH, database);
+    void load(std::string_view configuration) {
+        writeFile(POINTER_LIST_PATH, sampleFile("MouseInfo"));
         writeFile("Xconfig", configuration);
         configLines = readConfigLines("Xconfig");
         pointerDevices = currentPointer = nullptr;
@@ -19,21 +19,8 @@ static std::string shownDevice(const PointerDevice &device) {
            device.device.value_or("-") + "\n";
 }
 
-static const char *const DATABASE = "# comment\n"
-                                    "Mouse \"Too early\" Early 2 DefaultBus\n"
-                                    "DefaultSerial /dev/ttyS0 rest\n"
-                                    "DefaultBus /dev/bus\n"
-                                    "Mouse \"A \"quoted\" name\"Microsoft 2 DefaultSerial\n"
-                                    "DefaultSerial /dev/ttyS1\n"
-                                    "Mouse \"Unknown buttons\" Logi 0 DefaultSerial2\n"
-                                    "Mouse \"B\" Logi 3 /dev/b\n"
-                                    "Mouse \"C\" Logi 4 /dev/c\n"
-                                    "Mouse \"no device\" X 2\n"
-                                    "Mouse no quotes 2 /dev/x\n"
-                                    "TouchScreen \"Panel\" Elo 1 NoDevice";
-
 TEST_F(PointerDevicesTest, EntriesTakeTheDefaultsReadBeforeThem) {
-    load(DATABASE, "# Mouse Logi /dev/x\n");
+    load("# Mouse Logi /dev/x\n");
     std::string shown;
     for (const PointerDevice *device = pointerDevices; device; device = device->next)
         shown += shownDevice(*device);
@@ -53,11 +40,11 @@ TEST_F(PointerDevicesTest, EntriesTakeTheDefaultsReadBeforeThem) {
 }
 
 TEST_F(PointerDevicesTest, TheCurrentDeviceComesFromTheFirstActiveMouseLine) {
-    load(DATABASE, "# Mouse Elo\nMouse Logi /dev/mine more\n");
+    load("# Mouse Elo\nMouse Logi /dev/mine more\n");
     EXPECT_EQ(shownDevice(*currentPointer), "[C] Logi 3 /dev/mine\n");
-    load(DATABASE, "Mouse Odd\nMouse Logi /dev/x\n");
+    load("Mouse Odd\nMouse Logi /dev/x\n");
     EXPECT_EQ(shownDevice(*currentPointer), "[] Odd 0 -\n");
-    load(DATABASE, "Mouse\t\t\t\n");
+    load("Mouse\t\t\t\n");
     EXPECT_EQ(currentPointer, nullptr);
     std::filesystem::remove(POINTER_LIST_PATH);
     EXPECT_EXIT(loadPointerDevices(), testing::ExitedWithCode(1), "Can't Open file .*MouseInfo\n");

@@ -1,4 +1,6 @@
 // Whole runs on the shipped data and the sample configuration, from the first screen to the file.
+#include <algorithm>
+
 #include "support/terminal.h"
 
 namespace fs = std::filesystem;
@@ -50,48 +52,7 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
     EXPECT_EQ(exitStatus(), 0);
     EXPECT_FALSE(fs::exists(temporary));
     EXPECT_EQ(readFile(config),
-              "OScode Linux\n"
-              "LogFile /var/log/Xkorvel.log\n"
-              "Mouse Microsoft /dev/ttyS0\n"
-              "Buttons 2\n"
-              "Emulate3Buttons 50\n"
-              "BaudRate 1200\n"
-              "# ReportRate 40\n"
-              "FontPath /usr/lib/X11/fonts/misc,/usr/lib/X11/fonts/75dpi,"
-              "/usr/lib/X11/fonts/100dpi\n"
-              "# VisualClass PseudoColor\n"
-              "# NoBackingStore \n"
-              "HotKeyExit Off\n"
-              "XscreenSaverDelay 600\n"
-              "DPMSstandbyDelay 900\n"
-              "DPMSoffDelay 1800\n"
-              "ScreenLayout 0 LeftOf 1\n"
-              "Option SharedMemory\n"
-              "Option BackingStoreLimit 4096\n"
-              "# Option NoHardwareCursor\n"
-              "Video Colour\n"
-              "\n\n\n"
-              "\n\nDriver bm64\n"
-              "Card Brightmoor Skylark 64\n"
-              "Chipset Brightmoor BM64\n"
-              "# The blitter needs the linear window; without it, comment both "
-              "lines out.\n"
-              "MemBase 0xF0000000\n"
-              "LinearAperture 4096\n"
-              "HardwareCursor Yes\n\n"
-              "VideoRam 2048\n"
-              "Ramdac BM-RD135\n"
-              "Virtual 1280 1024\n"
-              "Depth 8\n\n"
-              "Modes \n"
-              "\"800x600\" 40.0 800 840 968 1056 600 601 605 628 PHsync PVsync \n"
-              "\"800x600a\" 50.0 800 856 976 1040 600 637 643 666 PHsync PVsync \n"
-              "\"1024x768\" 65.0 1024 1048 1184 1344 768 771 777 806 NHsync "
-              "NVsync \n"
-              "\"1024x768b\" 75.0 1024 1048 1184 1328 768 771 777 806 NHsync "
-              "NVsync \n"
-              "\n\n" +
-                  sample.substr(sample.find("Driver qv9")));
+              sampleFile("Xconfig.saved") + sample.substr(sample.find("Driver qv9")));
 }
 
 TEST_F(InteractiveRunTest, ThePreviousMenuAndQuittingChangeNothing) {
@@ -120,31 +81,51 @@ TEST_F(InteractiveRunTest, ThePreviousMenuAndQuittingChangeNothing) {
 }
 
 TEST_F(InteractiveRunTest, TheTemplateStandsInAndGetsTheFontsOfTheMachine) {
+    const fs::path root = directory / "root", fonts = root / "usr/lib/X11/fonts";
+    const auto save = [&](const Arguments &arguments) { // the font path that is saved
+        start(arguments);
+        press("<Enter><Down><Down><Enter>");
+        EXPECT_EQ(exitStatus(), 0);
+        const std::string text = readFile(arguments.empty() ? config : root / "tmp/Xconfig");
+        const auto line = text.find("\nFontPath ");
+        return text.substr(line + 10, text.find('\n', line + 1) - line - 10);
+    };
     fs::remove(config);
+    EXPECT_EQ(save({"/tmp/Xconfig"}), "/usr/lib/X11/Korvel/fonts");
+    EXPECT_FALSE(fs::exists(config));
+
+    errorsToFile = true;
+    for (int n = 0; n < 12; n++)
+        writeFile(fonts / std::to_string(n) / "fonts.dir", "");
+    const std::string ten = save({});
+    EXPECT_EQ(std::ranges::count(ten, ','), 9);
+    EXPECT_EQ(readFile("errors"), "Font Path elements array boundary exceeded\n"
+                                  "Font Path elements array boundary exceeded\n");
+
+    fs::remove(config);
+    writeFile(root / "usr/lib/X11/Korvel/scrconf/Xconfig.tmpl", "LogFile /log\nFontPath /mine\n");
+    EXPECT_EQ(save({}), "/mine"); // an active one stays
+}
+
+TEST_F(InteractiveRunTest, RealFontsComeInTheirOrder) {
     if (!fs::exists("/usr/share/fonts/X11/misc/fonts.dir"))
         GTEST_SKIP() << "no X fonts";
-    fs::create_directories(directory / "root/usr/share/fonts");
-    fs::copy("/usr/share/fonts/X11", directory / "root/usr/share/fonts/X11",
+    const fs::path root = directory / "root";
+    fs::create_directories(root / "usr/share/fonts");
+    fs::copy("/usr/share/fonts/X11", root / "usr/share/fonts/X11",
              fs::copy_options::recursive | fs::copy_options::copy_symlinks);
-    fs::create_directory_symlink("/usr/share/fonts/X11", directory / "root/usr/lib/X11/fonts");
-    start({"/tmp/Xconfig"});
+    fs::create_directory_symlink("/usr/share/fonts/X11", root / "usr/lib/X11/fonts");
+    fs::remove(config);
+    start();
     press("<Enter>");
     EXPECT_EQ(rows(2, 5), "  Current Korvel-X Configuration\n\n"
-                          "  Xconfig:            /tmp/Xconfig\n"
+                          "  Xconfig:            /etc/X11/Xconfig\n"
                           "  Card:               Generic:Standard VGA\n");
     press("<Down><Down><Enter>");
     EXPECT_EQ(exitStatus(), 0);
-    const std::string saved = readFile(directory / "root/tmp/Xconfig");
-    EXPECT_NE(saved.find("\nFontPath /usr/lib/X11/fonts/misc,/usr/lib/X11/fonts/75dpi,"
-                         "/usr/lib/X11/fonts/100dpi"),
-              saved.npos);
-    EXPECT_TRUE(saved.ends_with("NHsync NVsync \n\n\n"));
-    EXPECT_FALSE(fs::exists(config));
-    writeFile(directory / "root/usr/lib/X11/Korvel/scrconf/Xconfig.tmpl", "FontPath /mine\n");
-    start();
-    press("<Enter><Down><Down><Enter>");
-    EXPECT_EQ(exitStatus(), 0);
-    EXPECT_EQ(readFile(config), "FontPath /mine\n\n\n\n"); // an active one stays
+    EXPECT_NE(readFile(config).find("\nFontPath /usr/lib/X11/fonts/misc,"
+                                    "/usr/lib/X11/fonts/75dpi,/usr/lib/X11/fonts/100dpi"),
+              std::string::npos);
 }
 
 TEST_F(InteractiveRunTest, TheNextFreeNumberAddsAScreen) {
