@@ -15,8 +15,9 @@
 #include <string_view>
 
 inline constexpr std::size_t CONFIG_PIECE_MAX = 1023; // bytes of a line read at once
-inline constexpr std::string_view CONFIG_SECTION_START =
-    "Driver "; // first line of a screen section
+
+// What the first line of a screen section begins with.
+inline constexpr std::string_view CONFIG_SECTION_START = "Driver ";
 
 enum class LineState : std::int32_t {
     Absent = 0,    // the keyword did not occur; the slot is not written

@@ -23,5 +23,5 @@ void writeGlobalLines(std::FILE *out);
 // "Driver".
 void copyScreenSection(int index, const std::string &source, std::FILE *out);
 
-// Writes the section of a screen that was configured in this run.
+// Writes the section of a screen that was configured in this run and has a selected mode.
 void writeScreenSection(std::FILE *out, const ScreenConfig &screen);

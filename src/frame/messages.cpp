@@ -32,7 +32,8 @@ bool cursesActive = false;
     va_end(copy);
 }
 
-// True when leaving curses switches away from the screen on which standard error is shown.
+// True when leaving curses switches away from the screen on which standard error is shown. The
+// lookup wants its name writable; -1 says that the terminal has no such text.
 static bool leavingHidesMessages() {
     static char exitAlternateScreen[] = "rmcup";
     const char *text = cursesActive ? tigetstr(exitAlternateScreen) : nullptr;

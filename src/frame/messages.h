@@ -1,5 +1,5 @@
-// Messages on standard error, the end of the process on an unrecoverable fault, and the two
-// operations on line ends that every reader of a data file uses.
+// Messages on standard error, the end of the process on an unrecoverable fault, and line ends,
+// which the readers of the data files take off.
 #pragma once
 
 #include <string>

@@ -27,7 +27,8 @@ static bool isTemporaryFile(const fs::path &path) {
             fs::equivalent(target.parent_path(), temporary.parent_path(), error));
 }
 
-// Saving removes the temporary file and replaces a regular file; neither must be what is edited.
+// Saving removes the temporary file, so it must not be what is edited, and replaces regular files
+// only.
 static void checkConfigPath() {
     if (isTemporaryFile(configPath))
         fatalError("Cannot edit the temporary file %s\n", configPath.c_str());

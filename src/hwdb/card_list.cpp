@@ -10,9 +10,8 @@
 #include "frame/paths.h"
 #include "hwdb/extra_lines.h"
 
-static constexpr std::size_t CARD_PIECE_MAX = 1022; // bytes of a line read at once
-static constexpr std::size_t CARD_SHORT_LINE =
-    5; // characters with the line end; no card is that short
+static constexpr std::size_t CARD_PIECE_MAX = 1022;    // bytes of a line read at once
+static constexpr std::size_t CARD_SHORT_LINE = 5;      // no card is that short, line end included
 static constexpr std::size_t CARD_CLASS_TEXT_FROM = 6; // behind "Class" and one separator
 static constexpr std::string_view CARD_CLASS = "Class";
 

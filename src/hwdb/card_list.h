@@ -5,7 +5,8 @@
 //     : <text>                  extra line for the screen section of the card above or, behind a
 //                               class, of its first card
 //     <name>[, <description>]   a card; the description is not read
-//     # ...                     comment; a line of less than 5 characters is passed over as well
+//     # ...                     comment; a line of up to 5 characters, line end included, is passed
+//                               over as well
 //
 // Errors: a file that cannot be opened ends the process; a card before the first class is reported
 // and skipped.

@@ -9,7 +9,6 @@
 #include "frame/paths.h"
 #include "frame/text_scanner.h"
 #include "hwdb/extra_lines.h"
-#include "vdif/mode_timing.h"
 
 static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
 static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters
@@ -36,7 +35,8 @@ struct EntryReader {
     bool dropExtraLines = false; // those of a mode that was not made
 };
 
-// What the next integers of the text are stored in; false when there are not as many.
+// Stores the next integers of the text in these fields; false when there are not as many, and the
+// ones before the gap are gone from the text then.
 static bool scanInts(std::string_view &text, std::span<int *const> fields) {
     for (int *field : fields) {
         const auto value = scanInt(text);
@@ -150,8 +150,10 @@ static void settleExtraLines(EntryReader &entry) {
     clearExtraLines();
 }
 
-// Ends what belongs to the mode before. A line that makes no mode takes its extra lines with it.
-static void addMode(EntryReader &entry, const ModeHead &head, std::optional<VideoMode> mode) {
+// Ends what belongs to the mode before and adds the line's own, if it makes one; a line that makes
+// none takes the extra lines behind it along.
+static void finishModeLine(EntryReader &entry, const ModeHead &head,
+                           std::optional<VideoMode> mode) {
     settleExtraLines(entry);
     entry.dropExtraLines = !mode;
     if (!mode)
@@ -164,20 +166,22 @@ static void addMode(EntryReader &entry, const ModeHead &head, std::optional<Vide
     entry.last = link = new VideoMode(std::move(*mode));
 }
 
+static bool beginsWithNumber(std::string_view line) { return scanInt(line).has_value(); }
+
 // A line that does not begin with a number is no concern of the modes.
 static void readModeLine(EntryReader &entry, std::string_view line) {
     std::string_view text = line;
     const auto head = scanHead(text);
     if (head && namesMonitorTiming(text)) {
-        addMode(entry, *head, findMonitorMode(line, entry.path));
+        finishModeLine(entry, *head, findMonitorMode(line, entry.path));
         return;
     }
     auto mode = head ? parseFullTiming(text) : std::nullopt;
     if (head && !mode)
         mode = parseTimingWord(text, *head);
     if (mode)
-        addMode(entry, *head, std::move(mode));
-    else if (text = line; scanInt(text))
+        finishModeLine(entry, *head, std::move(mode));
+    else if (beginsWithNumber(line))
         fatalError("Internal error, file %s\n", std::string(line).c_str());
 }
 

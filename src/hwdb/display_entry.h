@@ -11,8 +11,9 @@
 //     <width> <height> <depth> <refresh> <clock> <word> [<flags>]           the server's own timing
 //     : <text>                  extra line for the screen section with the mode above or, before
 //                               the first mode, with that one
-// Depth in bits per pixel, refresh in Hz (negative: a code for a text), clock in MHz, timings in
-// pixels and lines.
+// Depth in bits per pixel, clock in MHz, timings in pixels and lines, refresh in Hz or a code for a
+// text: -1 the rate of the DOS installation, -2 none, -3 non interlaced, -4 interlaced; below:
+// none.
 //
 // Errors: an entry that cannot be opened and a line that begins with a number but is no mode end
 // the process; an unterminated timing name is reported and its line skipped; a mode whose timing
@@ -27,26 +28,17 @@
 #include <vector>
 
 #include "hwdb/card_list.h"
+#include "vdif/mode_timing.h"
 
 inline constexpr std::size_t DISPLAY_PIECE_MAX = 1022; // bytes of a line read at once
 inline constexpr std::string_view DISPLAY_MODES = "Modes";
-
-// Bits of a mode's flags, each written as the keyword beside it.
-inline constexpr std::uint32_t MODE_PHSYNC = 0x01;         // PHsync
-inline constexpr std::uint32_t MODE_NHSYNC = 0x02;         // NHsync
-inline constexpr std::uint32_t MODE_PVSYNC = 0x04;         // PVsync
-inline constexpr std::uint32_t MODE_NVSYNC = 0x08;         // NVsync
-inline constexpr std::uint32_t MODE_INTERLACE = 0x10;      // Interlace
-inline constexpr std::uint32_t MODE_DOUBLE_SCAN = 0x20;    // DoubleScan
-inline constexpr std::uint32_t MODE_COMPOSITE_SYNC = 0x40; // CompositeSync
-inline constexpr std::uint32_t MODE_SYNC_ON_GREEN = 0x80;  // SyncOnGreen
 
 struct VideoMode {
     VideoMode *next = nullptr;
     std::string label; // text in the menu
     std::string name;  // in the configuration; made unique among the chosen modes
     int depth = 0;     // bits per pixel
-    int refresh = 0;   // Hz; negative: a code for one of refreshLabels
+    int refresh = 0;   // Hz; negative: a code
     float clock = 0;   // MHz
     int hDisplay = 0, hSyncStart = 0, hSyncEnd = 0, hTotal = 0; // pixels
     int vDisplay = 0, vSyncStart = 0, vSyncEnd = 0, vTotal = 0; // lines

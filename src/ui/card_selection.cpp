@@ -13,13 +13,13 @@ static constexpr int SELECTION_WIDTH = 60, SELECTION_MODES_WIDTH = 75; // column
 struct ModeChoice {
     VideoMode *modes = nullptr; // all modes of the card
     std::vector<int> selection; // positions of the chosen ones
-    int width = 0, height = 0;  // pixels that the largest ones need, then the virtual screen
+    int width = 0, height = 0;  // pixels that the largest ones need
     int depth = 0;              // bits per pixel
 };
 
 struct VirtualSize {
-    std::string text;
     int width, height; // pixels
+    std::string text = {};
 };
 
 // Null when the user goes back.
@@ -122,27 +122,24 @@ static std::vector<VirtualSize> virtualSizes(const ModeChoice &choice) {
         lastHeight = mode->vDisplay;
         std::string text = std::to_string(lastWidth) + " x " + std::to_string(lastHeight);
         text += sizes.empty() ? " (Same as screen resolution)" : "";
-        sizes.push_back({std::move(text), lastWidth, lastHeight});
+        sizes.push_back({lastWidth, lastHeight, std::move(text)});
     }
     return sizes;
 }
 
-// Replaces the choice's size by a larger one where there is one; false when the user goes back.
-static bool chooseVirtualSize(ModeChoice &choice) {
+// The size that the modes need or, where the card allows it, a larger one that the user chooses;
+// none when the user goes back.
+static std::optional<VirtualSize> chooseVirtualSize(const CardEntry &card,
+                                                    const ModeChoice &choice) {
     const auto sizes = virtualSizes(choice);
-    if (sizes.size() <= 1)
-        return true;
+    if ((card.flags & CARD_NO_VIRTUAL) || sizes.size() <= 1)
+        return VirtualSize{choice.width, choice.height};
     Menu menu =
         makeListMenu("Possible Virtual Screen Resolutions", MENU_HINT_PREVIOUS, SELECTION_WIDTH, 0);
     for (const VirtualSize &size : sizes)
         addMenuItem(menu, size.text);
     const int number = askMenu(menu);
-    if (number == 0)
-        return false;
-    const VirtualSize &size = sizes[number - 1];
-    choice.width = size.width;
-    choice.height = size.height;
-    return true;
+    return number ? std::optional(sizes[number - 1]) : std::nullopt;
 }
 
 void selectCardAndModes(ScreenConfig &screen) {
@@ -153,13 +150,14 @@ void selectCardAndModes(ScreenConfig &screen) {
     if (!choice)
         return;
     renameDuplicates(*choice);
-    if (!(card->flags & CARD_NO_VIRTUAL) && !chooseVirtualSize(*choice))
+    const auto virtualSize = chooseVirtualSize(*card, *choice);
+    if (!virtualSize)
         return;
     screen.card = card;
     screen.unchanged = 0;
     screen.modes = choice->modes;
     screen.selection = std::move(choice->selection);
-    screen.virtualWidth = choice->width;
-    screen.virtualHeight = choice->height;
+    screen.virtualWidth = virtualSize->width;
+    screen.virtualHeight = virtualSize->height;
     screen.depth = choice->depth;
 }

@@ -10,8 +10,7 @@ static constexpr int DIALOG_NOTICE_COLUMN = 3, DIALOG_NOTICE_ROW = 3; // on the 
 static constexpr int DIALOG_PROMPT_HEIGHT = 3, DIALOG_NOTICE_HEIGHT = 4;
 static constexpr int DIALOG_PROMPT_ROOM = 40; // columns beside the text of a prompt
 static constexpr int DIALOG_NOTICE_ROOM = 15; // columns beside the text of a notice
-static constexpr int DIALOG_ANSWER_ROOM =
-    20; // columns left to the answer behind a text that is cut
+static constexpr int DIALOG_ANSWER_ROOM = 20; // columns for the answer behind a text that is cut
 static constexpr int DIALOG_CONTINUE_ROW = 2;
 static constexpr std::size_t DIALOG_ANSWER_SIZE = 1023; // answers have one character less
 static constexpr std::string_view DIALOG_CONTINUE = "Press ENTER to Continue";
@@ -32,6 +31,14 @@ static bool moveToCell(WINDOW *window, int row, int column, std::size_t n) {
     return wmove(window, row + cell / width, cell % width) != ERR;
 }
 
+// Blanks out what a prompt's text has of the answer's room, and one cell before it.
+static void clearAnswerRoom(const Dialog &dialog) {
+    const int textEnd = DIALOG_TEXT_COLUMN + textCells(dialog.text, DIALOG_TEXT_COLUMN);
+    if (textEnd > dialog.entryColumn)
+        putText(dialog.window.get(), dialog.entryRow, dialog.entryColumn - 1,
+                std::string(LAYOUT_COLUMNS, ' '));
+}
+
 // The box is drawn last, over a text that is too long for it, and the answer over all.
 static void paintDialog(const Dialog &dialog) {
     WINDOW *window = dialog.window.get();
@@ -41,7 +48,7 @@ static void paintDialog(const Dialog &dialog) {
     if (dialog.kind == DIALOG_NOTICE)
         putText(window, DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN, DIALOG_CONTINUE);
     else
-        putText(window, dialog.entryRow, dialog.entryColumn, std::string(LAYOUT_COLUMNS, ' '));
+        clearAnswerRoom(dialog);
     box(window, ACS_VLINE, ACS_HLINE);
     moveToCell(window, dialog.entryRow, dialog.entryColumn, 0);
     for (const char character : dialog.answer)

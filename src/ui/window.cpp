@@ -129,7 +129,8 @@ void hideWindow(WINDOW *window) {
     wrefresh(window);
 }
 
-// Curses is asked first: it may hold bytes that it read ahead.
+// Curses is asked first: it may hold bytes that it read ahead. When it finds nothing although input
+// was announced, the input has ended.
 int waitKey(WINDOW *window) {
     nodelay(window, TRUE);
     bool waited = false;

@@ -85,11 +85,11 @@ void timingToMode(ModeTiming &mode, VdifBlock timing, VdifBlock limits) {
     mode.vSyncStart = nearestLine(lines(VerSyncStart));
     mode.vSyncEnd = nearestLine(lines(VerSyncTime) + mode.vSyncStart);
     mode.vTotal = nearestLine(lines(VerTotalTime));
-    mode.flags = isInterlaced(timing) ? TIMING_INTERLACE : 0;
-    mode.flags |= value(HorSyncPolarity) != 0 ? TIMING_PHSYNC : TIMING_NHSYNC;
-    mode.flags |= value(VerSyncPolarity) != 0 ? TIMING_PVSYNC : TIMING_NVSYNC;
+    mode.flags = isInterlaced(timing) ? MODE_INTERLACE : 0;
+    mode.flags |= value(HorSyncPolarity) != 0 ? MODE_PHSYNC : MODE_NHSYNC;
+    mode.flags |= value(VerSyncPolarity) != 0 ? MODE_PVSYNC : MODE_NVSYNC;
     if (fieldValue(limits, LimitsField::SyncConfiguration) == SYNC_CONFIG_ON_GREEN)
-        mode.flags |= TIMING_SYNC_ON_GREEN;
+        mode.flags |= MODE_SYNC_ON_GREEN;
 }
 
 bool findTimingByName(ModeTiming &mode, std::string_view name) {

@@ -7,19 +7,22 @@
 
 #include "vdif/monitor_description.h"
 
-// Bits of a converted timing's flags, the same as those of a display mode's flags.
-inline constexpr std::uint32_t TIMING_PHSYNC = 0x01;
-inline constexpr std::uint32_t TIMING_NHSYNC = 0x02;
-inline constexpr std::uint32_t TIMING_PVSYNC = 0x04;
-inline constexpr std::uint32_t TIMING_NVSYNC = 0x08;
-inline constexpr std::uint32_t TIMING_INTERLACE = 0x10;
-inline constexpr std::uint32_t TIMING_SYNC_ON_GREEN = 0x80;
+// Bits of the flags of a display mode, each written in the configuration as the keyword beside it.
+// A converted timing has neither DoubleScan nor CompositeSync.
+inline constexpr std::uint32_t MODE_PHSYNC = 0x01;         // PHsync
+inline constexpr std::uint32_t MODE_NHSYNC = 0x02;         // NHsync
+inline constexpr std::uint32_t MODE_PVSYNC = 0x04;         // PVsync
+inline constexpr std::uint32_t MODE_NVSYNC = 0x08;         // NVsync
+inline constexpr std::uint32_t MODE_INTERLACE = 0x10;      // Interlace
+inline constexpr std::uint32_t MODE_DOUBLE_SCAN = 0x20;    // DoubleScan
+inline constexpr std::uint32_t MODE_COMPOSITE_SYNC = 0x40; // CompositeSync
+inline constexpr std::uint32_t MODE_SYNC_ON_GREEN = 0x80;  // SyncOnGreen
 
 struct ModeTiming {
     float clock = 0;                                            // MHz
     int hDisplay = 0, hSyncStart = 0, hSyncEnd = 0, hTotal = 0; // pixels
     int vDisplay = 0, vSyncStart = 0, vSyncEnd = 0, vTotal = 0; // lines
-    std::uint32_t flags = 0;                                    // TIMING_ bits
+    std::uint32_t flags = 0;                                    // MODE_ bits
 };
 
 // The number of limits that the timing, a record of defaultDescription, goes beyond; 0: it fits.

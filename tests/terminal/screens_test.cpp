@@ -172,7 +172,7 @@ TEST_F(ScreensTest, LongTextsAreCutByTheCell) {
     EXPECT_EQ(rows(3, 3), "   Supported Modes for " + std::string(55, 'Y') + "\n");
     press("p<Down><Enter><Enter>/dev/x");
     EXPECT_EQ(rows(2, 2),
-              " │   Device (default: /dev/" + std::string(33, 'd') + "/dev/x             │\n");
+              " │   Device (default: /dev/" + std::string(32, 'd') + " /dev/x             │\n");
 }
 
 TEST_F(ScreensTest, AnAnswerMayBeLongerThanItsDialog) {
