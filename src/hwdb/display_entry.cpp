@@ -9,6 +9,7 @@
 #include "frame/paths.h"
 #include "frame/text_scanner.h"
 #include "hwdb/extra_lines.h"
+#include "vdif/mode_timing.h"
 
 static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
 static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters

@@ -12,8 +12,7 @@
 //     : <text>                  extra line for the screen section with the mode above or, before
 //                               the first mode, with that one
 // Depth in bits per pixel, clock in MHz, timings in pixels and lines, refresh in Hz or a code for a
-// text: -1 the rate of the DOS installation, -2 none, -3 non interlaced, -4 interlaced; below:
-// none.
+// text: -1 the rate of the DOS installation, -3 non interlaced, -4 interlaced, others none.
 //
 // Errors: an entry that cannot be opened and a line that begins with a number but is no mode end
 // the process; an unterminated timing name is reported and its line skipped; a mode whose timing
@@ -28,7 +27,7 @@
 #include <vector>
 
 #include "hwdb/card_list.h"
-#include "vdif/mode_timing.h"
+#include "vdif/mode_flags.h"
 
 inline constexpr std::size_t DISPLAY_PIECE_MAX = 1022; // bytes of a line read at once
 inline constexpr std::string_view DISPLAY_MODES = "Modes";

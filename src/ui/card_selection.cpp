@@ -131,9 +131,12 @@ static std::vector<VirtualSize> virtualSizes(const ModeChoice &choice) {
 // none when the user goes back.
 static std::optional<VirtualSize> chooseVirtualSize(const CardEntry &card,
                                                     const ModeChoice &choice) {
+    const VirtualSize needed = {choice.width, choice.height};
+    if (card.flags & CARD_NO_VIRTUAL)
+        return needed;
     const auto sizes = virtualSizes(choice);
-    if ((card.flags & CARD_NO_VIRTUAL) || sizes.size() <= 1)
-        return VirtualSize{choice.width, choice.height};
+    if (sizes.size() <= 1)
+        return needed;
     Menu menu =
         makeListMenu("Possible Virtual Screen Resolutions", MENU_HINT_PREVIOUS, SELECTION_WIDTH, 0);
     for (const VirtualSize &size : sizes)

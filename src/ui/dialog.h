@@ -14,9 +14,8 @@ enum DialogKind {
 };
 
 // Shows a dialog with its top left corner at the given place of the terminal. The answer to a
-// prompt, of up to 1022 characters, empty when Enter alone was pressed; none for a
-// notice. A text that is too long for the
-// layout is cut; the answer keeps its room.
+// prompt has up to 1022 characters and is empty when Enter alone was pressed; a notice has none. A
+// text that is too long for the layout is cut; the answer keeps its room.
 std::optional<std::string> showDialog(int screenColumn, int screenRow, const std::string &text,
                                       DialogKind kind);
 

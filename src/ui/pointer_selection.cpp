@@ -12,9 +12,8 @@ static constexpr int POINTER_WIDTH = 60;                                // colum
 static constexpr int POINTER_PROMPT_COLUMN = 1, POINTER_PROMPT_ROW = 1; // on the terminal
 
 // Asks until the answer is empty, which keeps the device file, or names one.
-static void askDevice(Menu &menu, std::string &device) {
+static void askDevice(std::string &device) {
     for (;;) {
-        drawMenu(menu);
         const auto answer = showDialog(POINTER_PROMPT_COLUMN, POINTER_PROMPT_ROW,
                                        "Device (default: " + device + ") : ", DIALOG_PROMPT);
         if (answer->empty())
@@ -39,7 +38,7 @@ void selectPointerDevice() {
     if (const int choice = runMenu(menu)) {
         currentPointer = listNth(pointerDevices, choice);
         if (currentPointer->device)
-            askDevice(menu, *currentPointer->device);
+            askDevice(*currentPointer->device);
     }
     closeMenu(menu);
 }

@@ -48,20 +48,25 @@ static void holdResizeSignal() {
     sigdelset(&waitSignals, SIGWINCH);
 }
 
+static void paintShownWindows() {
+    for (const OpenWindow &open : openWindows())
+        if (open.paint)
+            open.paint();
+}
+
 // Gives every window its size and place again, which curses changes when it does not fit, and draws
 // what is shown. On a terminal that is too small for a window curses draws the part that fits.
 static void repaintScreen() {
+    for (const OpenWindow &open : openWindows()) {
+        if (open.window == stdscr)
+            continue;
+        wresize(open.window, open.height, open.width);
+        mvwin(open.window, open.screenRow, open.screenColumn);
+    }
     clearok(curscr, TRUE);
     touchwin(stdscr);
     wnoutrefresh(stdscr);
-    for (const OpenWindow &open : openWindows()) {
-        if (open.window != stdscr) {
-            wresize(open.window, open.height, open.width);
-            mvwin(open.window, open.screenRow, open.screenColumn);
-        }
-        if (open.paint)
-            open.paint();
-    }
+    paintShownWindows();
 }
 
 // Takes over the terminal's size. The screen is repainted even when the size is the old one: it may
@@ -127,6 +132,7 @@ void hideWindow(WINDOW *window) {
     findWindow(window)->paint = nullptr;
     werase(window);
     wrefresh(window);
+    paintShownWindows();
 }
 
 // Curses is asked first: it may hold bytes that it read ahead. When it finds nothing although input

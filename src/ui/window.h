@@ -26,7 +26,7 @@ Window openWindow(int screenColumn, int screenRow, int width, int height);
 // whenever the terminal was resized, until hideWindow. Also for stdscr.
 void showWindow(WINDOW *window, std::function<void()> paint);
 
-// Takes the window off the screen.
+// Takes the window off the screen and draws what it covered.
 void hideWindow(WINDOW *window);
 
 // The next key, read through curses. The end of input ends the process.

@@ -5,18 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "vdif/mode_flags.h"
 #include "vdif/monitor_description.h"
-
-// Bits of the flags of a display mode, each written in the configuration as the keyword beside it.
-// A converted timing has neither DoubleScan nor CompositeSync.
-inline constexpr std::uint32_t MODE_PHSYNC = 0x01;         // PHsync
-inline constexpr std::uint32_t MODE_NHSYNC = 0x02;         // NHsync
-inline constexpr std::uint32_t MODE_PVSYNC = 0x04;         // PVsync
-inline constexpr std::uint32_t MODE_NVSYNC = 0x08;         // NVsync
-inline constexpr std::uint32_t MODE_INTERLACE = 0x10;      // Interlace
-inline constexpr std::uint32_t MODE_DOUBLE_SCAN = 0x20;    // DoubleScan
-inline constexpr std::uint32_t MODE_COMPOSITE_SYNC = 0x40; // CompositeSync
-inline constexpr std::uint32_t MODE_SYNC_ON_GREEN = 0x80;  // SyncOnGreen
 
 struct ModeTiming {
     float clock = 0;                                            // MHz
