@@ -1,15 +1,12 @@
 #include "config/config_writer.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
 #include <cstdint>
 #include <string_view>
 #include <utility>
 
 #include "config/config_lines.h"
+#include "frame/file.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/paths.h"
@@ -34,26 +31,6 @@ static constexpr std::array<FlagWord, 8> WRITER_FLAG_WORDS = {{
     {MODE_COMPOSITE_SYNC, "CompositeSync "},
     {MODE_SYNC_ON_GREEN, "SyncOnGreen "},
 }};
-
-// Creates the temporary file anew: what an interrupted run left there may be a second name of the
-// configuration itself and must not be written into.
-static File createTemporary() {
-    unlink(CONFIG_TEMP_PATH);
-    const int descriptor =
-        open(CONFIG_TEMP_PATH, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    File file(descriptor < 0 ? nullptr : fdopen(descriptor, "w"));
-    if (!file)
-        fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
-    return file;
-}
-
-// Closes the finished file; nothing of it may be missing when the old one is replaced.
-static void closeTemporary(File file) {
-    const bool flushed = std::fflush(file.get()) == 0 && !std::ferror(file.get());
-    const bool synced = flushed && fsync(fileno(file.get())) == 0;
-    if (std::fclose(file.release()) != 0 || !synced)
-        fatalError("Cannot write new Xconfig %s\n", CONFIG_TEMP_PATH);
-}
 
 static void writeText(std::FILE *out, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), out);
@@ -113,7 +90,9 @@ static void writeModeLine(std::FILE *out, const VideoMode &mode) {
 }
 
 void writeConfig() {
-    File out = createTemporary();
+    File out = createNewFile(CONFIG_TEMP_PATH);
+    if (!out)
+        fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
     const std::string source = templateUsed ? TEMPLATE_PATH : configPath;
     writeGlobalLines(out.get());
     for (int index = 0; index < screenCount; index++) {
@@ -123,7 +102,8 @@ void writeConfig() {
         else
             writeScreenSection(out.get(), screen);
     }
-    closeTemporary(std::move(out));
+    if (!closeWritten(std::move(out)))
+        fatalError("Cannot write new Xconfig %s\n", CONFIG_TEMP_PATH);
     if (!replaceFile(CONFIG_TEMP_PATH, configPath))
         fatalError("Cannot install new Xconfig %s\n", configPath.c_str());
 }

@@ -46,12 +46,12 @@ Record *listFromTable(const Table &table, std::string_view Record::*text) {
     return head;
 }
 
-// Sorts a list by name, byte by byte; records of equal name keep their order.
-template <NamedRecord Record> void sortListByName(Record *&head) {
+// Sorts a list by a key of its records; records of equal key keep their order.
+template <ListRecord Record, typename Key> void sortList(Record *&head, Key key) {
     std::vector<Record *> records;
     for (Record *record = head; record; record = record->next)
         records.push_back(record);
-    std::ranges::stable_sort(records, {}, &Record::name);
+    std::ranges::stable_sort(records, {}, key);
     Record **end = &head;
     for (Record *record : records) {
         *end = record;
@@ -59,6 +59,9 @@ template <NamedRecord Record> void sortListByName(Record *&head) {
     }
     *end = nullptr;
 }
+
+// Sorts a list by name, byte by byte.
+template <NamedRecord Record> void sortListByName(Record *&head) { sortList(head, &Record::name); }
 
 // Writes one line per record to standard output, numbered from 1. Of a name with a ":" only the
 // text after the first one is shown.

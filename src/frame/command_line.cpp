@@ -13,14 +13,17 @@
 
 static constexpr int COMMAND_MARKS = 1; // catalogue cells show a mark in place of refresh rates
 
+// Ends a command that wrote to standard output; what is lost of that is an error.
+[[noreturn]] static void endCommand() {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+        systemError("standard output");
+    std::exit(EXIT_SUCCESS);
+}
+
 [[noreturn]] static void printCardList() {
     loadCardList();
     printNumberedList(cardList);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
-        std::perror("standard output");
-        std::exit(EXIT_FAILURE);
-    }
-    std::exit(EXIT_SUCCESS);
+    endCommand();
 }
 
 // Writes the catalogue to the file that the next argument names.
@@ -29,7 +32,7 @@ static constexpr int COMMAND_MARKS = 1; // catalogue cells show a mark in place 
     if (!path)
         fatalError("Invalid Option\n");
     writeCatalogue(path, COMMAND_MARKS);
-    std::exit(EXIT_SUCCESS);
+    endCommand();
 }
 
 static bool isScreenNumber(std::string_view argument) {

@@ -1,4 +1,4 @@
-// Files that close themselves.
+// Files that close themselves, and the ways in which they are opened and finished.
 #pragma once
 
 #include <cstdio>
@@ -10,6 +10,15 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-// Opens a regular file for reading. Empty when it cannot be opened or is no regular file: a FIFO
-// would block the run and a directory has no lines.
+// Opens a regular file for reading. Empty, with the reason in errno, when it cannot be opened or is
+// no regular file: a FIFO would block the run and a directory has no lines.
 File openForReading(const std::string &path);
+
+// Creates a file for writing, for its owner alone. What stood at `path`, say the rest of an
+// interrupted run, is removed and not written into: it may be a second name of another file. Empty,
+// with the reason in errno, when that fails.
+File createNewFile(const std::string &path);
+
+// Writes out what is buffered and closes the file. False, with the reason in errno, when something
+// that was written to it is lost.
+bool closeWritten(File file);

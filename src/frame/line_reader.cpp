@@ -1,6 +1,7 @@
 #include "frame/line_reader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "frame/messages.h"
@@ -17,7 +18,7 @@ static void fillBlock(LineReader &reader) {
     const std::size_t count =
         std::fread(reader.block.data() + reader.end, 1, space, reader.file.get());
     if (std::ferror(reader.file.get()))
-        fatalError("Cannot read %s\n", reader.path.c_str());
+        reader.error = errno;
     reader.end += count;
     reader.atEnd = count < space;
 }
@@ -29,15 +30,25 @@ std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMa
     return LineReader{std::move(file), path, pieceMax, std::string(READER_BLOCK_SIZE, '\0')};
 }
 
-bool readPiece(LineReader &reader, std::string_view &piece) {
+bool tryReadPiece(LineReader &reader, std::string_view &piece) {
     if (!reader.atEnd && reader.end - reader.begin < reader.pieceMax)
         fillBlock(reader);
+    if (reader.error != 0)
+        return false;
     const std::size_t limit = std::min(reader.end - reader.begin, reader.pieceMax);
     piece = std::string_view(reader.block).substr(reader.begin, limit);
     if (const auto lineEnd = piece.find('\n'); lineEnd != piece.npos)
         piece = piece.substr(0, lineEnd + 1);
     reader.begin += piece.size();
     return !piece.empty();
+}
+
+bool readPiece(LineReader &reader, std::string_view &piece) {
+    if (tryReadPiece(reader, piece))
+        return true;
+    if (reader.error != 0)
+        fatalError("Cannot read %s\n", reader.path.c_str());
+    return false;
 }
 
 bool readLine(LineReader &reader, std::string_view &line) {

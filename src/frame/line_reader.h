@@ -18,15 +18,20 @@ struct LineReader {
     std::size_t begin = 0;    // first byte of `block` that was not handed out yet
     std::size_t end = 0;      // first byte of `block` that holds nothing
     bool atEnd = false;       // the file holds no more than `block`
+    int error = 0;            // errno of a read that failed
 };
 
 // Opens a regular file to be read in pieces of at most `pieceMax` bytes; none when it cannot be
-// opened.
+// opened, with the reason in errno.
 std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMax);
 
 // The next piece, byte for byte, NUL bytes included; valid until the next call. False at the end
 // of the file. A file that cannot be read on ends the process: half a file is no basis to go on.
 bool readPiece(LineReader &reader, std::string_view &piece);
+
+// As readPiece, for a caller who has something to tidy up: a file that cannot be read on ends, with
+// the reason in `error`.
+bool tryReadPiece(LineReader &reader, std::string_view &piece);
 
 // As readPiece, for text that is parsed: a NUL byte ends the line.
 bool readLine(LineReader &reader, std::string_view &line);

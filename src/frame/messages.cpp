@@ -4,9 +4,11 @@
 #include <term.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 bool cursesActive = false;
 
@@ -56,6 +58,16 @@ void fatalError(const char *format, ...) {
     if (hidden)
         writeFatalText(format, arguments);
     va_end(arguments);
+    std::exit(EXIT_FAILURE);
+}
+
+void systemError(const char *format, ...) {
+    const int reason = errno;
+    va_list arguments;
+    va_start(arguments, format);
+    writeMessage(format, arguments);
+    va_end(arguments);
+    showMessage(": %s\n", std::strerror(reason));
     std::exit(EXIT_FAILURE);
 }
 

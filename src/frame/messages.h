@@ -17,6 +17,10 @@ extern bool cursesActive;
 // it gets the text once more after curses was left.
 [[noreturn, gnu::format(printf, 1, 2)]] void fatalError(const char *format, ...);
 
+// Writes a printf-style text, ": " and the system's reason (errno) to standard error, as perror
+// does, and ends the process with status 1.
+[[noreturn, gnu::format(printf, 1, 2)]] void systemError(const char *format, ...);
+
 // Gives the terminal back from curses; does nothing when curses is not active.
 void endCurses();
 

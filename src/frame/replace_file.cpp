@@ -28,24 +28,20 @@ struct Descriptor {
     }
 };
 
-// Changes the owner only where it differs: who may not give files away may still keep his own.
-static bool takeOverOwner(int descriptor, const struct stat &old) {
-    struct stat now = {};
-    if (fstat(descriptor, &now) != 0)
-        return false;
-    return (now.st_uid == old.st_uid && now.st_gid == old.st_gid) ||
-           fchown(descriptor, old.st_uid, old.st_gid) == 0;
-}
-
-// Gives the new file the owner and permission bits that the file at `path` is to have.
+// Gives the new file the owner and permission bits that the file at `path` is to have. Who may not
+// give files away becomes the owner.
 static bool takeOverAttributes(int descriptor, const std::string &path) {
     struct stat old = {};
     if (lstat(path.c_str(), &old) != 0)
         return errno == ENOENT && fchmod(descriptor, REPLACE_NEW_MODE) == 0;
     if (S_ISLNK(old.st_mode))
         return fchmod(descriptor, REPLACE_NEW_MODE) == 0;
-    return S_ISREG(old.st_mode) && takeOverOwner(descriptor, old) &&
-           fchmod(descriptor, old.st_mode & REPLACE_MODE_BITS) == 0;
+    if (!S_ISREG(old.st_mode)) {
+        errno = EINVAL;
+        return false;
+    }
+    [[maybe_unused]] const int kept = fchown(descriptor, old.st_uid, old.st_gid);
+    return fchmod(descriptor, old.st_mode & REPLACE_MODE_BITS) == 0;
 }
 
 static fs::path directoryOf(const std::string &path) {
@@ -86,7 +82,7 @@ static bool copyContents(int from, int to) {
 
 // Copies the new file beside `path` and renames the copy.
 static bool replaceAcrossFileSystems(int source, const std::string &path) {
-    std::string copyPath = directoryOf(path) / "Xconfig.XXXXXX";
+    std::string copyPath = directoryOf(path) / (fs::path(path).filename() += ".XXXXXX");
     Descriptor copy(mkostemp(copyPath.data(), O_CLOEXEC));
     if (copy.number < 0)
         return false;
