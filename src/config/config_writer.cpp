@@ -32,10 +32,6 @@ static constexpr std::array<FlagWord, 8> WRITER_FLAG_WORDS = {{
     {MODE_SYNC_ON_GREEN, "SyncOnGreen "},
 }};
 
-static void writeText(std::FILE *out, std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), out);
-}
-
 static void writePointerLines(std::FILE *out, const PointerDevice &pointer) {
     std::fprintf(out, "Mouse %s", pointer.type.c_str());
     if (pointer.device)

@@ -4,14 +4,23 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "catalogue/catalogue.h"
+#include "catalogue/html_page.h"
+#include "catalogue/mif_document.h"
 #include "config/config_lines.h"
 #include "config/lists.h"
 #include "config/screen_config.h"
 #include "frame/messages.h"
 #include "hwdb/card_list.h"
 
-static constexpr int COMMAND_MARKS = 1; // catalogue cells show a mark in place of refresh rates
+static constexpr bool COMMAND_MARKS = true; // catalogue cells show no refresh rates
+
+// A command that writes the catalogue in one format, to the file that the next argument names.
+struct CatalogueCommand {
+    std::string_view option;
+    void (*write)(const char *path, bool marks);
+};
+static constexpr CatalogueCommand CATALOGUE_COMMANDS[] = {{"-l", updateMifCatalogue},
+                                                          {"-lh", writeHtmlCatalogue}};
 
 // Ends a command that wrote to standard output; what is lost of that is an error.
 [[noreturn]] static void endCommand() {
@@ -26,13 +35,16 @@ static constexpr int COMMAND_MARKS = 1; // catalogue cells show a mark in place 
     endCommand();
 }
 
-// Writes the catalogue to the file that the next argument names.
-[[noreturn]] static void runCatalogue(void (*writeCatalogue)(const char *path, int marks),
-                                      const char *path) {
-    if (!path)
-        fatalError("Invalid Option\n");
-    writeCatalogue(path, COMMAND_MARKS);
-    endCommand();
+// Ends the process when the argument is a catalogue command; `path` is the argument behind it.
+static void runCatalogueCommand(std::string_view argument, const char *path) {
+    for (const CatalogueCommand &command : CATALOGUE_COMMANDS) {
+        if (argument != command.option)
+            continue;
+        if (!path)
+            fatalError("Invalid Option\n");
+        command.write(path, COMMAND_MARKS);
+        endCommand();
+    }
 }
 
 static bool isScreenNumber(std::string_view argument) {
@@ -42,12 +54,9 @@ static bool isScreenNumber(std::string_view argument) {
 void readCommandLine(int argc, char **argv) {
     for (int n = 1; n < argc; n++) {
         const std::string_view argument = argv[n];
+        runCatalogueCommand(argument, argv[n + 1]);
         if (argument == "-lt")
             printCardList();
-        else if (argument == "-l")
-            runCatalogue(updateMifCatalogue, argv[n + 1]);
-        else if (argument == "-lh")
-            runCatalogue(writeHtmlCatalogue, argv[n + 1]);
         else if (isScreenNumber(argument))
             currentScreen = argument[1] - '0';
         else if (argument.starts_with('/'))

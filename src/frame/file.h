@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 struct CloseFile {
     void operator()(std::FILE *file) const { std::fclose(file); }
@@ -18,6 +19,11 @@ File openForReading(const std::string &path);
 // interrupted run, is removed and not written into: it may be a second name of another file. Empty,
 // with the reason in errno, when that fails.
 File createNewFile(const std::string &path);
+
+// Writes a text as it is, NUL bytes included. Whether all of it was written shows at the close.
+inline void writeText(std::FILE *out, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), out);
+}
 
 // Writes out what is buffered and closes the file. False, with the reason in errno, when something
 // that was written to it is lost.

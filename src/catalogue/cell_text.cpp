@@ -1,0 +1,43 @@
+#include "catalogue/cell_text.h"
+
+#include <algorithm>
+
+#include "frame/file.h"
+#include "frame/line_reader.h"
+#include "frame/messages.h"
+#include "hwdb/display_entry.h"
+
+static constexpr std::size_t CHIPSET_PIECE_MAX = 99; // bytes of a line read at once
+static constexpr std::string_view CHIPSET_WORD = "chipset";
+
+// ASCII alone, whatever the locale.
+static char lowerCase(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+}
+
+std::string chipsetOf(std::string_view cardClass) {
+    const std::string path = displayConfigPath(cardClass);
+    auto reader = openLines(path, CHIPSET_PIECE_MAX);
+    if (!reader) {
+        showMessage("Cannot Open %s\n", path.c_str());
+        return std::string(cardClass);
+    }
+    std::string_view line;
+    while (readLine(*reader, line)) {
+        const auto word = std::ranges::search(line, CHIPSET_WORD, {}, lowerCase);
+        if (!word.empty())
+            return std::string(word.end() == line.end() ? word.end() : word.end() + 1, line.end());
+    }
+    return std::string(cardClass);
+}
+
+void writeEscaped(std::FILE *out, std::string_view text, std::span<const Escape> escapes) {
+    for (const char character : text) {
+        const auto escape = std::ranges::find(escapes, character, &Escape::character);
+        if (escape == escapes.end())
+            std::putc(character, out);
+        else
+            writeText(out, escape->written);
+    }
+}

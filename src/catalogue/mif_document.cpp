@@ -1,0 +1,153 @@
+#include "catalogue/mif_document.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "catalogue/cell_text.h"
+#include "frame/file.h"
+#include "frame/line_reader.h"
+#include "frame/messages.h"
+#include "frame/replace_file.h"
+
+static constexpr std::size_t MIF_PIECE_MAX = 254; // bytes of a line read at once
+static constexpr std::string_view MIF_TABLE_BODY = "<TblBody";
+static constexpr std::string_view MIF_ROW_END = "  > # end of Row\n";
+
+// Whoever replaces the table body counts every bracket, so none may stand in a string.
+static constexpr Escape MIF_ESCAPES[] = {
+    {'\\', "\\\\"}, {'\'', "\\q"}, {'`', "\\Q"}, {'<', "\\x3c "}, {'>', "\\x3e "}};
+
+// Borders of the cells: those of a text cell, and those of a matrix cell by its place in the four
+// columns of its resolution, where the first column of the table has its own.
+static constexpr std::string_view MIF_TEXT_RULING = "    <CellLRuling `Thin'>\n"
+                                                    "    <CellBRuling `Medium'>\n"
+                                                    "    <CellRRuling `Thin'>\n";
+static constexpr std::string_view MIF_FIRST_RULING = "   <CellBRuling `Medium'>\n"
+                                                     "   <CellRRuling `Medium'>\n";
+static constexpr std::string_view MIF_MIDDLE_RULING = "   <CellLRuling `Medium'>\n"
+                                                      "   <CellBRuling `Medium'>\n"
+                                                      "   <CellRRuling `Medium'>\n";
+static constexpr std::string_view MIF_LAST_RULING = "   <CellBRuling `Medium'>\n"
+                                                    "   <CellRRuling `Thin'>\n";
+static constexpr std::string_view MIF_LATER_RULING = "   <CellLRuling `Thin'>\n"
+                                                     "   <CellBRuling `Medium'>\n"
+                                                     "   <CellRRuling `Medium'>\n";
+static constexpr std::array<std::string_view, CATALOGUE_DEPTHS> MIF_RULINGS = {
+    MIF_LATER_RULING, MIF_MIDDLE_RULING, MIF_MIDDLE_RULING, MIF_LAST_RULING};
+
+static constexpr std::string_view MIF_CHECK_MARK = "3"; // in the font of the mark's paragraphs
+
+static void beginBody(std::FILE *out) { writeText(out, " <TblBody \n"); }
+
+static void endBody(std::FILE *out) {
+    writeText(out, MIF_ROW_END);
+    writeText(out, " > # end of TblBody\n");
+}
+
+// A cell of one paragraph with the paragraph format `tag`.
+static void writeCell(std::FILE *out, std::string_view ruling, std::string_view tag,
+                      std::string_view text) {
+    writeText(out, "   <Cell \n");
+    writeText(out, ruling);
+    writeText(out, "    <CellContent \n"
+                   "     <Para \n"
+                   "      <PgfTag `");
+    writeText(out, tag);
+    writeText(out, "'>\n"
+                   "      <ParaLine \n"
+                   "       <String `");
+    writeEscaped(out, text, MIF_ESCAPES);
+    writeText(out, "'>\n"
+                   "      >\n"
+                   "     > # end of Para\n"
+                   "    > # end of CellContent\n"
+                   "   > # end of Cell\n");
+}
+
+static void writeCardRow(std::FILE *out, int indexInGroup, const CardEntry &card) {
+    if (indexInGroup != 0)
+        writeText(out, MIF_ROW_END);
+    writeText(out, "  <Row \n");
+    writeCell(out, MIF_TEXT_RULING, "CellCard", card.name);
+    writeCell(out, MIF_TEXT_RULING, "CellChip", chipsetOf(card.cardClass));
+}
+
+static void writeColumnCell(std::FILE *out, std::string_view cellText, std::size_t column,
+                            bool marks) {
+    const auto ruling = column == 0 ? MIF_FIRST_RULING : MIF_RULINGS[column % CATALOGUE_DEPTHS];
+    if (marks)
+        writeCell(out, ruling, "ZapfCellBody", cellText.empty() ? "" : MIF_CHECK_MARK);
+    else
+        writeCell(out, ruling, "CellBody", cellText);
+}
+
+// Copies what stands before the old body; the piece that opens the body is left out. Without one
+// the new body begins a line of its own: that line is what the next update takes away.
+static void copyHead(LineReader &document, std::FILE *out) {
+    bool lineEnded = true;
+    std::string_view piece;
+    while (tryReadPiece(document, piece)) {
+        if (piece.find(MIF_TABLE_BODY) != piece.npos)
+            return;
+        writeText(out, piece);
+        lineEnded = piece.ends_with('\n');
+    }
+    if (!lineEnded)
+        writeText(out, "\n");
+}
+
+// Passes over the old body, whose opening bracket was read: to the bracket that closes it and on
+// to the end of that line.
+static void skipTableBody(LineReader &document) {
+    long open = 1;
+    std::string_view piece;
+    while (tryReadPiece(document, piece)) {
+        for (std::size_t index = 0; index < piece.size() && open > 0; index++)
+            open += (piece[index] == '<') - (piece[index] == '>');
+        if (open == 0 && piece.ends_with('\n'))
+            return;
+    }
+}
+
+static void copyRest(LineReader &document, std::FILE *out) {
+    std::string_view piece;
+    while (tryReadPiece(document, piece))
+        writeText(out, piece);
+}
+
+// Finishes the new document and puts it in place; false, with the reason in errno, when something
+// of the old one or the new one is lost.
+static bool installDocument(const LineReader &document, File out, const std::string &newPath) {
+    const bool written = closeWritten(std::move(out));
+    if (document.error != 0) {
+        errno = document.error;
+        return false;
+    }
+    return written && replaceFile(newPath, document.path);
+}
+
+const CatalogueFormatter mifFormatter = {beginBody, endBody, writeCardRow, writeColumnCell};
+
+void updateMifCatalogue(const char *path, bool marks) {
+    auto document = openLines(path, MIF_PIECE_MAX);
+    if (!document)
+        systemError("cannot open file %s", path);
+    const std::string newPath = path + ("." + std::to_string(getpid()));
+    File out = createNewFile(newPath);
+    if (!out)
+        systemError("cannot open tmp file %s", path);
+    copyHead(*document, out.get());
+    buildCatalogue(out.get(), mifFormatter, CATALOGUE_GROUP_SIZE, CATALOGUE_COLUMNS, marks);
+    skipTableBody(*document);
+    copyRest(*document, out.get());
+    if (installDocument(*document, std::move(out), newPath))
+        return;
+    const int reason = errno;
+    unlink(newPath.c_str());
+    errno = reason;
+    systemError("cannot write file %s", path);
+}

@@ -1,0 +1,84 @@
+// The catalogue commands of the real program: the files that they leave, and the page in a browser.
+#include <algorithm>
+#include <regex>
+
+#include "support/terminal.h"
+
+namespace fs = std::filesystem;
+
+static constexpr const char *DUMP_PAGE =
+    "HOME=$PWD chromium --headless --no-sandbox --disable-gpu --user-data-dir=$PWD/browser "
+    "--dump-dom file://$PWD/root/tmp/page.html >dom 2>browser.log";
+
+struct CatalogueRunTest : TerminalTest {
+    // The files in the folder of the document, without their process ids.
+    std::vector<std::string> files() {
+        std::vector<std::string> names;
+        for (const auto &entry : fs::directory_iterator(root / "tmp"))
+            names.push_back(std::regex_replace(entry.path().filename().string(),
+                                               std::regex("\\.[0-9]+$"), ".PID"));
+        std::ranges::sort(names);
+        return names;
+    }
+    fs::path root = directory / "root";
+    fs::path document = root / "tmp/document";
+};
+
+static std::ptrdiff_t countOf(const std::string &text, const std::string &pattern) {
+    const std::regex regex(pattern);
+    return std::distance(std::sregex_iterator(text.begin(), text.end(), regex), {});
+}
+
+TEST_F(CatalogueRunTest, ABrowserShowsARowPerCard) {
+    if (std::system("command -v chromium >/dev/null") != 0)
+        GTEST_SKIP() << "chromium is not installed";
+    const RunResult page = run({"-lh", "/tmp/page.html"});
+    ASSERT_EQ(page.errors, "");
+    ASSERT_EQ(std::system(DUMP_PAGE), 0) << readFile("browser.log");
+    const std::string dom = readFile("dom");
+    const auto cards = countOf(run({"-lt"}).output, "\n");
+    EXPECT_EQ(page.output, std::to_string(cards) + " supported cards\n");
+    EXPECT_EQ(countOf(dom, "<table "), 1);
+    EXPECT_EQ(countOf(dom, "<th colspan=\"4\">\\d+x\\d+</th>"), 6);
+    EXPECT_EQ(countOf(dom, "<th>(16|256|32K|16.7M)</th>"), 24);
+    EXPECT_EQ(countOf(dom, "<tr>\\s*<td nowrap=\"\">[^<]+</td>\\s*<td nowrap=\"\">[^<]+</td>"
+                           "(\\s*<td( align=\"CENTER\")?><(br|img [^>]*)></td>){24}\\s*</tr>"),
+              cards);
+    EXPECT_EQ(countOf(dom, "<td[ >]"), 26 * cards);
+}
+
+TEST_F(CatalogueRunTest, AFatalErrorLeavesTheDocumentAndTheUnfinishedFile) {
+    const fs::path data = root / "usr/lib/X11/Korvel";
+    writeFile(data / "scrconf/CardInfo", "Class bare\nArdent\nClass absent\nZenith\n");
+    writeFile(data / "DisplayConfig/bare/config", "Driver bare\n");
+    writeFile(document, "head\n <TblBody >\n");
+    const std::string entry = "/usr/lib/X11/Korvel/DisplayConfig/absent/config\n";
+    EXPECT_EQ(run({"-l", "/tmp/document"}).errors,
+              "Cannot Open " + entry + "\nFatal error:\nCan't open DisplayConfig entry " + entry +
+                  "\n");
+    EXPECT_EQ(readFile(document), "head\n <TblBody >\n");
+    ASSERT_EQ(files(), (std::vector<std::string>{"document", "document.PID"}));
+    for (const auto &file : fs::directory_iterator(root / "tmp"))
+        if (file.path() != document) {
+            EXPECT_TRUE(readFile(file.path()).starts_with("head\n <TblBody \n  <Row \n"));
+            EXPECT_TRUE(readFile(file.path())
+                            .ends_with("'>\n      >\n     > # end of Para\n"
+                                       "    > # end of CellContent\n"
+                                       "   > # end of Cell\n"));
+        }
+}
+
+TEST_F(CatalogueRunTest, FilesThatCannotBeOpenedAreReported) {
+    const auto errorOf = [&](const char *option, const char *path) {
+        const RunResult result = run({option, path});
+        EXPECT_EQ(result.status, 1);
+        return result.errors;
+    };
+    EXPECT_EQ(errorOf("-l", "/tmp/x"), "cannot open file /tmp/x: No such file or directory\n");
+    EXPECT_EQ(errorOf("-l", "/tmp"), "cannot open file /tmp: Is a directory\n");
+    EXPECT_EQ(errorOf("-lh", "/x/y"), "cannot open file /x/y: No such file or directory\n");
+    const fs::path folder = root / "tmp/folder";
+    writeFile(folder / "document", "head\n");
+    EXPECT_EQ(run({"-l", "/tmp/folder/document"}, {}, User::NOBODY).errors,
+              "cannot open tmp file /tmp/folder/document: Permission denied\n");
+}
