@@ -65,29 +65,38 @@ TEST_F(ModeTimingTest, NamedTimingBecomesAModeLine) {
     EXPECT_EQ(messages(), "");
 }
 
-// Each record of the shipped library stands behind a comment with the numbers of its mode line.
-TEST_F(ModeTimingTest, TheShippedTimingsConvertToTheModeLinesOfTheirComments) {
-    const auto library = SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
-    defaultDescription.reset();
-    loadMonitorDescriptions(library, nullptr);
+// A row of the table that the shipped library is made from, as find() shows its mode: horizontal
+// numbers, all but the display a sum of parts, go up to a multiple of 8 pixels.
+static std::string shownRow(const std::string &row, std::string &name) {
     const auto up = [](int pixels) { return (pixels + 7) / 8 * 8; };
-    std::istringstream lines(readFile(library));
-    std::size_t index = 0;
-    for (std::string line; std::getline(lines, line);) {
-        int h[4], v[4];
-        if (std::sscanf(line.c_str(), "// %d %d %d %d  %d %d %d %d", &h[0], &h[1], &h[2], &h[3],
-                        &v[0], &v[1], &v[2], &v[3]) != 8)
+    std::istringstream words(row);
+    std::string polarity, scan;
+    double clock = 0;
+    int h[4], v[4];
+    words >> name >> clock >> h[0] >> h[1] >> h[2] >> h[3] >> v[0] >> v[1] >> v[2] >> v[3];
+    EXPECT_TRUE(words >> polarity) << row;
+    words >> scan;
+    const int flags =
+        (scan == "i" ? 0x10 : 0) | (polarity[0] == '+' ? 1 : 2) | (polarity[1] == '+' ? 4 : 8);
+    char text[200];
+    std::snprintf(text, sizeof text, "%.3f %d %d %d %d %d %d %d %d %02x", clock, up(h[0]), up(h[1]),
+                  up(up(h[1]) + h[2] - h[1]), up(h[3]), v[0], v[1], v[2], v[3], flags);
+    return text;
+}
+
+TEST_F(ModeTimingTest, TheShippedTimingsConvertToTheModeLinesOfTheirTable) {
+    defaultDescription.reset();
+    loadMonitorDescriptions(SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda", nullptr);
+    std::istringstream table(readFile(SCRCONF_SOURCE_DIR "/tools/timings.table"));
+    std::size_t rows = 0;
+    for (std::string row, name; std::getline(table, row);) {
+        if (row.empty() || row.starts_with('#'))
             continue;
-        ModeTiming t;
-        const VdifBlock record = timingRecord(*currentDescription, index++);
-        ASSERT_TRUE(findTimingByName(t, timingName(*currentDescription, record)));
-        EXPECT_EQ((std::vector{t.hDisplay, t.hSyncStart, t.hSyncEnd, t.hTotal, t.vDisplay,
-                               t.vSyncStart, t.vSyncEnd, t.vTotal}),
-                  (std::vector{h[0], up(h[1]), up(up(h[1]) + h[2] - h[1]), up(h[3]), v[0], v[1],
-                               v[2], v[3]}))
-            << line;
+        const std::string mode = shownRow(row, name);
+        EXPECT_EQ(find(name), mode) << name;
+        EXPECT_EQ(timingName(*currentDescription, timingRecord(*currentDescription, rows++)), name);
     }
-    EXPECT_EQ(index, timingCount(*currentDescription));
+    EXPECT_EQ(rows, timingCount(*currentDescription));
     EXPECT_EQ(messages(), "");
 }
 
