@@ -38,8 +38,9 @@ TEST_F(FaultsTest, ArgumentsAreTakenInOrder) {
     EXPECT_EQ(check.output + check.errors, "");
     const RunResult list = run({"-lt", "-x"}, {}, User::NOBODY);
     EXPECT_EQ(list.status, 0);
-    EXPECT_TRUE(list.output.starts_with("  1. Arvenne Largo\n  2. Arvenne Minim\n")) << list.output;
-    EXPECT_NE(list.output.find("\n  8. Linear Framebuffer\n"), list.output.npos);
+    EXPECT_TRUE(list.output.starts_with("  1. 3Dlabs Oxygen VX1\n  2. 3Dlabs Permedia3 Create!\n"))
+        << list.output;
+    EXPECT_NE(list.output.find(". Linear Framebuffer\n"), list.output.npos);
     EXPECT_EQ(run({"-1"}, {}, User::NOBODY).errors, fatal("must be root to run scrconf"));
 }
 
@@ -95,9 +96,9 @@ TEST_F(FaultsTest, TheTemplateIsNeededWithoutAConfiguration) {
 }
 
 TEST_F(FaultsTest, AMissingDisplayEntryLeavesCursesAndTheFile) {
-    fs::remove_all(root / "usr/lib/X11/Korvel/DisplayConfig/hgx");
+    fs::remove_all(root / "usr/lib/X11/Korvel/DisplayConfig/perm3");
     const std::string message =
-        "Can't open DisplayConfig entry /usr/lib/X11/Korvel/DisplayConfig/hgx/config";
+        "Can't open DisplayConfig entry /usr/lib/X11/Korvel/DisplayConfig/perm3/config";
     start();
     press("<Enter><Enter><Enter>");
     EXPECT_EQ(exitStatus(), 1);
@@ -112,12 +113,12 @@ TEST_F(FaultsTest, AMissingDisplayEntryLeavesCursesAndTheFile) {
 }
 
 TEST_F(FaultsTest, AMessageIsPaintedOverByTheNextDrawing) {
-    const fs::path entry = root / "usr/lib/X11/Korvel/DisplayConfig/hgx/config";
+    const fs::path entry = root / "usr/lib/X11/Korvel/DisplayConfig/perm3/config";
     writeFile(entry, "Modes\n1 2 8 60 \"odd\n640 480 8 60 25 word\n");
     start();
     press("<Enter><Enter><Enter>");
     EXPECT_NE(output.find("Unterminated timing name in "), output.npos);
-    EXPECT_EQ(rows(0, 6), "\n\n\n   Supported Modes for Arvenne Largo\n\n"
+    EXPECT_EQ(rows(0, 6), "\n\n\n   Supported Modes for 3Dlabs Oxygen VX1\n\n"
                           "     {b: 640 x  480,      256 colors at 60 Hz}\n\n");
 }
 

@@ -13,6 +13,13 @@ struct InteractiveRunTest : TerminalTest {
         fs::copy_file(SCRCONF_SOURCE_DIR "/data/sample/Xconfig", config);
         sample = readFile(config);
     }
+    // Takes a card in the card menu.
+    void chooseCard(const std::string &name) {
+        const std::string row = "\n     {b:" + name + "}\n";
+        for (int n = 0; n < 1000 && screen().find(row) == std::string::npos; n++)
+            press("<Down>");
+        press("<Enter>");
+    }
     fs::path config = directory / "root/etc/X11/Xconfig";
     fs::path temporary = directory / "root/etc/X11/Xconfig.tmp";
     std::string sample;
@@ -22,17 +29,17 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
     start();
     press("<Enter><Enter>");
     EXPECT_EQ(rows(3, 6), "   Korvel-X Supported Graphics Cards\n\n"
-                          "     {b:Arvenne Largo}\n     Arvenne Minim\n");
-    press("<Down><Down><Down><Enter>"); // Brightmoor Skylark 64
-    EXPECT_EQ(rows(3, 5), "   Supported Modes for Brightmoor Skylark 64\n\n"
+                          "     {b:3Dlabs Oxygen VX1}\n     3Dlabs Permedia3 Create!\n");
+    chooseCard("Diamond Stealth 64 DRAM");
+    EXPECT_EQ(rows(3, 5), "   Supported Modes for Diamond Stealth 64 DRAM\n\n"
                           "     {b: 640 x  480,      256 colors at 60 Hz}\n");
-    press("<Down><Down><Down><Down><Space><Down><Space><Down><Down><Down><Down><Space>");
-    EXPECT_EQ(rows(9, 14), "     {r: 800 x  600,      256 colors at 60 Hz}\n"
-                           "     {r: 800 x  600,      256 colors at 72 Hz}\n"
-                           "      800 x  600,      256 colors at 75 Hz\n"
-                           "      800 x  600,      256 colors at 85 Hz\n"
-                           "     1024 x  768,      256 colors at 43 Hz Interlaced\n"
-                           "     {br:1024 x  768,      256 colors at 60 Hz}\n");
+    press("<Down><Down><Down><Down><Down><Space><Down><Space><Down><Down><Down><Down><Space>");
+    EXPECT_EQ(rows(10, 15), "     {r: 800 x  600,      256 colors at 60 Hz}\n"
+                            "     {r: 800 x  600,      256 colors at 72 Hz}\n"
+                            "      800 x  600,      256 colors at 75 Hz\n"
+                            "      800 x  600,      256 colors at 85 Hz\n"
+                            "     1024 x  768,      256 colors at 43 Hz Interlaced\n"
+                            "     {br:1024 x  768,      256 colors at 60 Hz}\n");
     press("<Down><Space><Enter>");
     EXPECT_EQ(rows(3, 8), "   Possible Virtual Screen Resolutions\n\n"
                           "     {b:1024 x 768 (Same as screen resolution)}\n"
@@ -42,7 +49,7 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
               "  Current Korvel-X Configuration for screen 1 of 2 (X Screen Number :0.0)\n"
               "\n"
               "  Xconfig:            /etc/X11/Xconfig\n"
-              "  Card:               Brightmoor Skylark 64\n"
+              "  Card:               Diamond Stealth 64 DRAM\n"
               "  Mouse:              Serial mouse, two buttons (2 buttons)\n"
               "  Colors:             256\n"
               "  Virtual Resolution: 1280x1024\n"
@@ -52,16 +59,16 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
     EXPECT_EQ(exitStatus(), 0);
     EXPECT_FALSE(fs::exists(temporary));
     EXPECT_EQ(readFile(config),
-              sampleFile("Xconfig.saved") + sample.substr(sample.find("Driver qv9")));
+              sampleFile("Xconfig.saved") + sample.substr(sample.find("Driver mga")));
 }
 
 TEST_F(InteractiveRunTest, ThePreviousMenuAndQuittingChangeNothing) {
     start({"-1"});
     press("x");
     const std::string panel = rows(0, 11);
-    press("<Enter>p");                                // the card menu
-    press("<Enter><Enter>P");                         // the modes menu
-    press("<Enter><Down><Down><Down><Enter><Enter>"); // Brightmoor Skylark 64, 640x480
+    press("<Enter>p");              // the card menu
+    press("<Enter><Enter>P");       // the modes menu
+    press("<Enter><Enter><Enter>"); // the first card, its first mode
     EXPECT_EQ(rows(3, 3), "   Possible Virtual Screen Resolutions\n");
     press("p");
     EXPECT_EQ(rows(0, 11), panel);
@@ -146,12 +153,12 @@ TEST_F(InteractiveRunTest, TheNextFreeNumberAddsAScreen) {
                           "   │   Screen 3 has no modes selected          │\n"
                           "   │   Press ENTER to Continue                 │\n"
                           "   └───────────────────────────────────────────┘\n");
-    press("<Enter><Up><Up><Enter><Enter><Enter><Enter>"); // Arvenne Largo, its first mode
+    press("<Enter><Up><Up><Enter><Enter><Enter><Enter>"); // the first card, its first mode
     EXPECT_EQ(rows(9, 9), "  Screen Resolution:  640x480\n");
     press("<Down><Down><Enter>");
     EXPECT_EQ(exitStatus(), 0);
     const std::string saved = readFile(config);
-    const auto sections = sample.find("Driver bm64");
-    EXPECT_NE(saved.find(sample.substr(sections) + "\n\nDriver hgx\nCard Arvenne Largo\n"),
+    const auto sections = sample.find("Driver s3");
+    EXPECT_NE(saved.find(sample.substr(sections) + "\n\nDriver permedia\nCard 3Dlabs Oxygen VX1\n"),
               saved.npos);
 }
