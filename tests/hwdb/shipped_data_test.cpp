@@ -17,8 +17,7 @@
 
 namespace fs = std::filesystem;
 
-static constexpr std::size_t CARD_NAME_MAX = 55;        // characters that every screen has room for
-static constexpr std::string_view MARKUP = "`'\"<>&\\"; // have a meaning in the catalogue's formats
+static constexpr std::size_t CARD_NAME_MAX = 55; // characters that every screen has room for
 
 struct ShippedDataTest : TempDirTest {
     void SetUp() override {
@@ -81,8 +80,7 @@ static void checkEntry(CardEntry &card) {
     ASSERT_EXIT((readDisplayEntry(card), std::exit(0)), testing::ExitedWithCode(0), "^$")
         << card.cardClass;
     const EntryText text = readEntryText(displayConfigPath(card.cardClass));
-    EXPECT_TRUE(text.chipset.starts_with("Chipset ") && text.chipset.size() > 8 &&
-                text.chipset.find_first_of(MARKUP) == text.chipset.npos)
+    EXPECT_TRUE(text.chipset.starts_with("Chipset ") && text.chipset.size() > 8)
         << card.cardClass << ": " << text.chipset;
     for (const std::string &name : text.references)
         EXPECT_TRUE(findTiming(*currentDescription, name)) << card.cardClass << ": " << name;
@@ -106,7 +104,6 @@ TEST_F(ShippedDataTest, EveryCardHasANameOfItsOwnAndAnEntry) {
         const std::string shown = card->name.substr(card->name.find(':') + 1);
         EXPECT_TRUE(names.insert(shown).second) << "twice: " << shown;
         EXPECT_LE(card->name.size(), CARD_NAME_MAX) << card->name;
-        EXPECT_EQ(card->name.find_first_of(MARKUP), card->name.npos) << card->name;
         classes.emplace(card->cardClass, card);
     }
     for (const auto &[name, card] : classes)
@@ -122,8 +119,11 @@ TEST_F(ShippedDataTest, PointersHaveNamesOfTheirOwnAndTheTemplateHasEveryKeyword
         EXPECT_TRUE(names.insert(device->name).second) << "twice: " << device->name;
     ASSERT_TRUE(currentPointer);
     EXPECT_TRUE(names.contains(currentPointer->name)) << currentPointer->type;
+    std::set<std::string_view> missing, given;
     for (const ConfigLine *line = configLines; line; line = line->next)
-        EXPECT_TRUE(line->state != LineState::Absent) << line->keyword;
+        (line->state == LineState::Absent ? missing : given).insert(line->keyword);
+    for (const std::string_view keyword : missing)
+        EXPECT_TRUE(given.contains(keyword)) << keyword;
 }
 
 TEST_F(ShippedDataTest, TheScreensOfTemplateAndSampleAreOfKnownCards) {
