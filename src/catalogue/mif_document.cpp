@@ -119,15 +119,14 @@ static void copyRest(LineReader &document, std::FILE *out) {
         writeText(out, piece);
 }
 
-// Finishes the new document and puts it in place; false, with the reason in errno, when something
-// of the old one or the new one is lost.
-static bool installDocument(const LineReader &document, File out, const std::string &newPath) {
+// Finishes the new document and puts it in place; tells what stands then.
+static Replaced installDocument(const LineReader &document, File out, const std::string &newPath) {
     const bool written = closeWritten(std::move(out));
     if (document.error != 0) {
         errno = document.error;
-        return false;
+        return Replaced::No;
     }
-    return written && replaceFile(newPath, document.path);
+    return written ? replaceFile(newPath, document.path) : Replaced::No;
 }
 
 const CatalogueFormatter mifFormatter = {beginBody, endBody, writeCardRow, writeColumnCell};
@@ -144,8 +143,11 @@ void updateMifCatalogue(const char *path, bool marks) {
     buildCatalogue(out.get(), mifFormatter, CATALOGUE_GROUP_SIZE, CATALOGUE_COLUMNS, marks);
     skipTableBody(*document);
     copyRest(*document, out.get());
-    if (installDocument(*document, std::move(out), newPath))
+    const Replaced replaced = installDocument(*document, std::move(out), newPath);
+    if (replaced == Replaced::Yes)
         return;
+    if (replaced == Replaced::Unsynced)
+        systemError("new file %s is in place, but not synced to disk", path);
     const int reason = errno;
     unlink(newPath.c_str());
     errno = reason;

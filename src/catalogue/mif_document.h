@@ -13,5 +13,6 @@ extern const CatalogueFormatter mifFormatter;
 // The document is replaced whole, by way of a file with the process id behind its name. Where the
 // catalogue cannot be built the process ends, the document stays as it was and that file holds
 // what was written. A document that cannot be read or written ends the process with status 1 as
-// well and stays as it was; no other file is left then.
+// well and stays as it was, but for the message that the new one is in place; no other file is left
+// then.
 void updateMifCatalogue(const char *path, bool marks);

@@ -33,6 +33,7 @@ static constexpr auto CONFIG_KEYWORDS = std::to_array<std::string_view>({
 // clang-format on
 
 std::string configPath;
+std::optional<FileState> configState;
 ConfigLine *configLines = nullptr;
 
 static bool fileExists(const std::string &path) {

@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 
+#include "frame/file.h"
+
 inline constexpr std::size_t CONFIG_PIECE_MAX = 1023; // bytes of a line read at once
 
 // What the first line of a screen section begins with.
@@ -33,7 +35,8 @@ struct ConfigLine {
 };
 
 extern std::string configPath; // the configuration that is read and replaced; empty: none found yet
-extern ConfigLine *configLines; // in keyword table order
+extern std::optional<FileState> configState; // of configPath before it was read; none: no file
+extern ConfigLine *configLines;              // in keyword table order
 
 // The first of the files ".Xconfig" in the directory HOME and CONFIG_PATH that exists; none when
 // neither does. HOME is passed over when it is unset or gives a path of more than 255 bytes.

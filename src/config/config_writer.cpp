@@ -1,7 +1,12 @@
 #include "config/config_writer.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <array>
+#include <cerrno>
 #include <cstdint>
+#include <filesystem>
 #include <string_view>
 #include <utility>
 
@@ -12,6 +17,8 @@
 #include "frame/paths.h"
 #include "frame/replace_file.h"
 #include "hwdb/pointer_devices.h"
+
+namespace fs = std::filesystem;
 
 static constexpr std::string_view WRITER_SECTION_START = "Driver";
 static constexpr int WRITER_PACKED_DEPTH = 24; // bits per pixel that the server must be told of
@@ -85,7 +92,19 @@ static void writeModeLine(std::FILE *out, const VideoMode &mode) {
     std::fprintf(out, "\n");
 }
 
-void writeConfig() {
+// Another save would write into the same temporary file; the lock ends with the process at the
+// latest. False when another process holds it.
+static bool lockDirectory(const Descriptor &directory) {
+    if (directory.number < 0)
+        fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
+    if (flock(directory.number, LOCK_EX | LOCK_NB) == 0)
+        return true;
+    if (errno != EWOULDBLOCK)
+        fatalError("Cannot lock the directory of %s\n", CONFIG_TEMP_PATH);
+    return false;
+}
+
+static void writeNewConfig() {
     File out = createNewFile(CONFIG_TEMP_PATH);
     if (!out)
         fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
@@ -100,8 +119,22 @@ void writeConfig() {
     }
     if (!closeWritten(std::move(out)))
         fatalError("Cannot write new Xconfig %s\n", CONFIG_TEMP_PATH);
-    if (!replaceFile(CONFIG_TEMP_PATH, configPath))
+}
+
+SaveResult writeConfig() {
+    const fs::path folder = fs::path(CONFIG_TEMP_PATH).parent_path();
+    const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!lockDirectory(directory))
+        return SaveResult::Busy;
+    if (fileState(configPath) != configState)
+        return SaveResult::Changed;
+    writeNewConfig();
+    const Replaced replaced = replaceFile(CONFIG_TEMP_PATH, configPath);
+    if (replaced == Replaced::No)
         fatalError("Cannot install new Xconfig %s\n", configPath.c_str());
+    if (replaced == Replaced::Unsynced)
+        fatalError("New Xconfig %s is in place, but not synced to disk\n", configPath.c_str());
+    return SaveResult::Saved;
 }
 
 void writeGlobalLines(std::FILE *out) {

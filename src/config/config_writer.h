@@ -4,7 +4,8 @@
 // sections in screen order: a section as it stands in the old file, or, for a screen that was
 // configured in this run, one made from its card's display entry and the chosen modes.
 //
-// Errors end the process and leave the old file as it was; each names its file.
+// Errors end the process and each names its file. The old file is left as it was, but for the one
+// message that says that the new one is in place.
 #pragma once
 
 #include <cstdio>
@@ -12,9 +13,16 @@
 
 #include "config/screen_config.h"
 
-// Writes the new configuration to CONFIG_TEMP_PATH and replaces the file at configPath by it.
+enum class SaveResult {
+    Saved,
+    Busy,    // nothing was written: another process holds the lock
+    Changed, // nothing was written: the file at configPath is not as configState tells
+};
+
+// Writes the new configuration to CONFIG_TEMP_PATH and replaces the file at configPath by it. An
+// exclusive flock on the directory of CONFIG_TEMP_PATH keeps other saves away meanwhile.
 // The caller sees to it that every changed screen has a selected mode.
-void writeConfig();
+SaveResult writeConfig();
 
 // Writes the keyword slots, with the pointer lines made from currentPointer, and three line ends.
 void writeGlobalLines(std::FILE *out);

@@ -5,6 +5,22 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
+
+static constexpr std::int64_t FILE_SECOND = 1'000'000'000; // ns
+
+bool Descriptor::closeNow() {
+    const int open = std::exchange(number, -1);
+    return open < 0 || close(open) == 0;
+}
+
+std::optional<FileState> fileState(const std::string &path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return FileState{status.st_dev, status.st_ino, status.st_size,
+                     status.st_mtim.tv_sec * FILE_SECOND + status.st_mtim.tv_nsec};
+}
 
 File openForReading(const std::string &path) {
     struct stat status = {};

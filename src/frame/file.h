@@ -1,8 +1,12 @@
 // Files that close themselves, and the ways in which they are opened and finished.
 #pragma once
 
+#include <sys/types.h>
+
+#include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,6 +14,27 @@ struct CloseFile {
     void operator()(std::FILE *file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
+
+struct Descriptor {
+    int number; // negative: could not be opened, or is closed
+    explicit Descriptor(int opened) : number(opened) {}
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor() { closeNow(); }
+    bool closeNow(); // false, with the reason in errno, when something written is lost
+};
+
+// What tells a file from an earlier state of it.
+struct FileState {
+    dev_t device;
+    ino_t inode;
+    off_t size;            // bytes
+    std::int64_t modified; // ns since the epoch
+    bool operator==(const FileState &) const = default;
+};
+
+// The present state of the file that the path leads to; none when there is no such file.
+std::optional<FileState> fileState(const std::string &path);
 
 // Opens a regular file for reading. Empty, with the reason in errno, when it cannot be opened or is
 // no regular file: a FIFO would block the run and a directory has no lines.

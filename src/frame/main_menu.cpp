@@ -3,6 +3,7 @@
 #include <array>
 #include <string_view>
 
+#include "config/config_lines.h"
 #include "config/config_writer.h"
 #include "frame/messages.h"
 #include "ui/card_selection.h"
@@ -44,6 +45,18 @@ static bool checkSelection() {
     return false;
 }
 
+// True when the configuration was saved; otherwise a notice has said why it was not.
+static bool saveConfiguration() {
+    if (!checkSelection())
+        return false;
+    const SaveResult result = writeConfig();
+    if (result == SaveResult::Busy)
+        showNotice("Another save is running");
+    if (result == SaveResult::Changed)
+        showNotice(configPath + " has changed since it was read");
+    return result == SaveResult::Saved;
+}
+
 // Does what was chosen; false when that ends the interactive mode.
 static bool actOnChoice(int choice) {
     switch (choice) {
@@ -54,10 +67,7 @@ static bool actOnChoice(int choice) {
         selectPointerDevice();
         return true;
     case MAIN_SAVE:
-        if (!checkSelection())
-            return true;
-        writeConfig();
-        return false;
+        return !saveConfiguration();
     default:
         return false;
     }

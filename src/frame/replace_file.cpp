@@ -9,24 +9,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <utility>
+
+#include "frame/file.h"
 
 namespace fs = std::filesystem;
 
 static constexpr mode_t REPLACE_NEW_MODE = 0644;
 static constexpr mode_t REPLACE_MODE_BITS = 07777;
-
-struct Descriptor {
-    int number;
-    explicit Descriptor(int opened) : number(opened) {}
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor() { closeNow(); }
-    bool closeNow() {
-        const int open = std::exchange(number, -1);
-        return open < 0 || close(open) == 0;
-    }
-};
 
 // Gives the new file the owner and permission bits that the file at `path` is to have. Who may not
 // give files away becomes the owner.
@@ -49,9 +38,10 @@ static fs::path directoryOf(const std::string &path) {
     return parent.empty() ? "." : parent;
 }
 
-// File systems that cannot sync a directory say EINVAL; there is no more to do on them.
-static bool syncDirectory(const Descriptor &directory) {
-    return fsync(directory.number) == 0 || errno == EINVAL;
+// The last step: the new file is in place. File systems that cannot sync a directory say EINVAL;
+// there is no more to do on them.
+static Replaced syncDirectory(const Descriptor &directory) {
+    return fsync(directory.number) == 0 || errno == EINVAL ? Replaced::Yes : Replaced::Unsynced;
 }
 
 static bool writeAll(int descriptor, const char *data, std::size_t size) {
@@ -94,17 +84,16 @@ static bool replaceAcrossFileSystems(int source, const std::string &path) {
     return false;
 }
 
-bool replaceFile(const std::string &newPath, const std::string &path) {
+Replaced replaceFile(const std::string &newPath, const std::string &path) {
     const Descriptor source(open(newPath.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     const Descriptor directory(open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (source.number < 0 || directory.number < 0 || !takeOverAttributes(source.number, path) ||
         fsync(source.number) != 0)
-        return false;
-    if (std::rename(newPath.c_str(), path.c_str()) == 0)
-        return syncDirectory(directory);
-    if (errno != EXDEV || !replaceAcrossFileSystems(source.number, path) ||
-        !syncDirectory(directory))
-        return false;
-    unlink(newPath.c_str());
-    return true;
+        return Replaced::No;
+    if (std::rename(newPath.c_str(), path.c_str()) != 0) {
+        if (errno != EXDEV || !replaceAcrossFileSystems(source.number, path))
+            return Replaced::No;
+        unlink(newPath.c_str());
+    }
+    return syncDirectory(directory);
 }

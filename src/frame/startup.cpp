@@ -61,6 +61,7 @@ static void readConfiguration() {
         configPath = locateConfigFile().value_or("");
     if (!configPath.empty()) {
         checkConfigPath();
+        configState = fileState(configPath);
         configLines = readConfigLines(configPath);
     }
     if (configLines)

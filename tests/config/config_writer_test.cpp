@@ -27,6 +27,7 @@ struct ConfigWriterTest : TempDirTest {
         writeFile(configPath,
                   "# LogFile /tmp/log\nMouse Old /dev/old\nButtons 9\nOption \nfree text\n" +
                       SECTIONS[0] + SECTIONS[1]);
+        configState = fileState(configPath);
         configLines = readConfigLines(configPath);
         for (screenCount = 0; parseScreenSection(configPath, screenCount, screens[screenCount]);)
             screenCount++;
@@ -124,6 +125,7 @@ TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
     EXPECT_EQ(readFile(configPath), old);
     configureScreen(screens[1]);
     configPath = "missing/Xconfig";
+    configState.reset();
     screens[0].unchanged = 1;
     EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1), "failed to open file missing/Xconfig\n");
     screenCount = 0;

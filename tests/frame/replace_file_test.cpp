@@ -23,7 +23,7 @@ TEST_F(ReplaceFileTest, KeepsOwnerAndPermissionsOfTheOldFile) {
     chmod("old", 0640);
     struct stat before = {}, after = {};
     stat("old", &before);
-    EXPECT_TRUE(replaceFile("new", "old"));
+    EXPECT_EQ(replaceFile("new", "old"), Replaced::Yes);
     stat("old", &after);
     EXPECT_EQ(readFile("old"), "new text");
     EXPECT_EQ(std::tuple(after.st_uid, after.st_gid, after.st_mode),
@@ -34,7 +34,7 @@ TEST_F(ReplaceFileTest, KeepsOwnerAndPermissionsOfTheOldFile) {
 TEST_F(ReplaceFileTest, ANewFileIsReadableWhateverTheUmask) {
     const mode_t usual = umask(077);
     chmod("new", 0600);
-    EXPECT_TRUE(replaceFile("new", "fresh"));
+    EXPECT_EQ(replaceFile("new", "fresh"), Replaced::Yes);
     umask(usual);
     EXPECT_EQ(modeOf("fresh"), 0644);
 }
@@ -43,7 +43,7 @@ TEST_F(ReplaceFileTest, ALinkIsReplacedAndItsTargetLeftAlone) {
     writeFile("target", "not ours");
     chmod("target", 0600);
     fs::create_symlink("target", "link");
-    EXPECT_TRUE(replaceFile("new", "link"));
+    EXPECT_EQ(replaceFile("new", "link"), Replaced::Yes);
     EXPECT_EQ(readFile("target"), "not ours");
     EXPECT_FALSE(fs::is_symlink("link"));
     EXPECT_EQ(readFile("link"), "new text");
@@ -54,7 +54,7 @@ TEST_F(ReplaceFileTest, AFailureLeavesBothFiles) {
     fs::create_directory("folder");
     ASSERT_EQ(mkfifo("fifo", 0600), 0);
     for (const char *path : {"folder", "fifo", "missing/old"}) {
-        EXPECT_FALSE(replaceFile("new", path)) << path;
+        EXPECT_EQ(replaceFile("new", path), Replaced::No) << path;
         EXPECT_EQ(readFile("new"), "new text") << path;
     }
     EXPECT_TRUE(fs::is_directory("folder"));
@@ -68,7 +68,7 @@ TEST_F(ReplaceFileTest, CrossesFileSystemsByACopyBesideTheOldFile) {
     const fs::path old = fs::path(elsewhere) / "old";
     writeFile(old, "old text");
     chmod(old.c_str(), 0604);
-    EXPECT_TRUE(replaceFile("new", old));
+    EXPECT_EQ(replaceFile("new", old), Replaced::Yes);
     EXPECT_EQ(readFile(old), "new text");
     EXPECT_EQ(modeOf(old.c_str()), 0604);
     EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere), {}), 1);

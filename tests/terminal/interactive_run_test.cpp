@@ -1,4 +1,8 @@
 // Whole runs on the shipped data and the sample configuration, from the first screen to the file.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "support/terminal.h"
@@ -20,8 +24,9 @@ struct InteractiveRunTest : TerminalTest {
             press("<Down>");
         press("<Enter>");
     }
-    fs::path config = directory / "root/etc/X11/Xconfig";
-    fs::path temporary = directory / "root/etc/X11/Xconfig.tmp";
+    fs::path root = directory / "root";
+    fs::path config = root / "etc/X11/Xconfig";
+    fs::path temporary = root / "etc/X11/Xconfig.tmp";
     std::string sample;
 };
 
@@ -87,8 +92,49 @@ TEST_F(InteractiveRunTest, ThePreviousMenuAndQuittingChangeNothing) {
     EXPECT_EQ(readFile(config), sample);
 }
 
+// Either way the notice leads back to the main menu, and what was chosen there is not lost.
+TEST_F(InteractiveRunTest, ASaveGivesWayToAnotherOneAndToAChangedConfiguration) {
+    const std::string changed =
+        "   │   /etc/X11/Xconfig has changed since it was read          │\n";
+    start();
+    const int lock = open((root / "etc/X11").c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(flock(lock, LOCK_SH), 0);
+    press("<Enter><Down><Down><Enter>");
+    EXPECT_EQ(rows(4, 4), "   │   Another save is running          │\n");
+    writeFile(config, sample + "#"); // the lock counts first
+    press("<Enter><Enter>");
+    EXPECT_EQ(rows(4, 4), "   │   Another save is running          │\n");
+    close(lock);
+    press("<Enter><Enter>");
+    EXPECT_EQ(rows(4, 4), changed);
+    EXPECT_EQ(readFile(config), sample + "#");
+    const std::function<void()> changes[] = {
+        [&] { fs::remove(config); },
+        [&] { writeFile(config, ""); }, // after a start without it
+        [&] { fs::last_write_time(config, fs::file_time_type()); },
+        [&] { // another file of the same size and time
+            const fs::path other = root / "tmp/other";
+            fs::copy_file(config, other);
+            fs::last_write_time(other, fs::last_write_time(config));
+            fs::rename(other, config);
+        },
+    };
+    for (const auto &change : changes) {
+        start();
+        press("<Enter><Down><Down>");
+        change();
+        const std::string text = readFile(config);
+        press("<Enter>");
+        EXPECT_EQ(rows(4, 4), changed);
+        EXPECT_EQ(fs::exists(config) ? readFile(config) : "", text);
+        EXPECT_FALSE(fs::exists(temporary));
+    }
+    press("<Enter><Down><Enter>");
+    EXPECT_EQ(exitStatus(), 0);
+}
+
 TEST_F(InteractiveRunTest, TheTemplateStandsInAndGetsTheFontsOfTheMachine) {
-    const fs::path root = directory / "root", fonts = root / "usr/lib/X11/fonts";
+    const fs::path fonts = root / "usr/lib/X11/fonts";
     const auto save = [&](const Arguments &arguments) { // the font path that is saved
         start(arguments);
         press("<Enter><Down><Down><Enter>");
@@ -117,7 +163,6 @@ TEST_F(InteractiveRunTest, TheTemplateStandsInAndGetsTheFontsOfTheMachine) {
 TEST_F(InteractiveRunTest, RealFontsComeInTheirOrder) {
     if (!fs::exists("/usr/share/fonts/X11/misc/fonts.dir"))
         GTEST_SKIP() << "no X fonts";
-    const fs::path root = directory / "root";
     fs::create_directories(root / "usr/share/fonts");
     fs::copy("/usr/share/fonts/X11", root / "usr/share/fonts/X11",
              fs::copy_options::recursive | fs::copy_options::copy_symlinks);
