@@ -40,6 +40,12 @@ class TerminalTest : public TempDirTest {
     // Takes the terminal away: the program, without SIGHUP as under nohup, reads an end of input.
     void closeInput();
 
+    // Ends the program if it still runs.
+    void stop();
+
+    // Waits until `done`; past 10 s the test fails for `complaint`.
+    void waitUntil(const std::function<bool()> &done, const std::string &complaint);
+
     // Waits for the end of the program; its exit status as a shell gives it.
     int exitStatus();
 
@@ -52,10 +58,9 @@ class TerminalTest : public TempDirTest {
     unsigned short lines = 24, columns = 80; // size of the terminal that start() makes
     bool errorsToFile = false; // standard error goes to the file "errors", not to the terminal
     std::string output;        // all bytes that the terminal got since start()
+    pid_t program = 0;         // 0: none was started
 
   private:
-    void stop();
-    void waitUntil(const std::function<bool()> &done, const std::string &complaint);
     void settle(const std::string &cause);
     bool feed(int wait);
     bool ended();
@@ -63,6 +68,5 @@ class TerminalTest : public TempDirTest {
     std::unique_ptr<VTerm, decltype(&vterm_free)> emulator{nullptr, vterm_free};
     int master = -1;
     int slave = -1;            // kept open to look into the program's input queue
-    pid_t program = 0;         // 0: none was started
     std::optional<int> status; // set once the program has ended
 };

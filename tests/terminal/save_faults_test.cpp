@@ -1,0 +1,197 @@
+// The save on a machine that fails under it: which file stands afterwards, and what is said.
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "support/terminal.h"
+
+namespace fs = std::filesystem;
+
+static constexpr int STATUS_KILLED = 128 + SIGKILL;
+static constexpr const char *OLD_TEXT = "free text\nDriver one\nDriver two\n";
+static constexpr const char *CALLS[] = {"/^open", "flock", "/stat", "/^unlink",
+                                        "fcntl",  "read",  "write", "fchown",
+                                        "fchmod", "fsync", "close", "/^rename"};
+
+struct SaveFaultsTest : TerminalTest {
+    ~SaveFaultsTest() override {
+        for (const fs::path &folder : mounts)
+            umount2(folder.c_str(), MNT_DETACH);
+    }
+    void SetUp() override {
+        TerminalTest::SetUp();
+        errorsToFile = true;
+    }
+    // Leaves the highlight on "Save and Exit"; screen 0 was configured.
+    void configure(const std::string &path) {
+        start({path});
+        press("<Enter><Enter><Enter><Enter><Enter><Down><Down>");
+    }
+    int save(const std::string &path) {
+        configure(path);
+        press("<Enter>");
+        return exitStatus();
+    }
+    // Makes a folder of the root a file system of its own; false where that is not allowed.
+    bool mountOn(const char *name, const char *options) {
+        const fs::path folder = root / name;
+        fs::create_directories(folder);
+        if (unshare(CLONE_NEWNS) != 0 || // seen by this process and its children alone
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("none", folder.c_str(), "tmpfs", 0, options) != 0)
+            return false;
+        mounts.push_back(folder);
+        return true;
+    }
+    bool inject(const std::string &fault);
+    bool checkSave(const fs::path &config, const std::string &newText);
+    void failEachCall(const std::string &path, const char *action);
+
+    fs::path root = directory / "root";
+    fs::path temporary = root / "etc/X11/Xconfig.tmp";
+    std::vector<fs::path> mounts;
+    pid_t tracer = 0;
+};
+
+// Lets strace do `fault` to the program from now on; false where it may not.
+bool SaveFaultsTest::inject(const std::string &fault) {
+    const std::string target = std::to_string(program), rule = "inject=" + fault;
+    tracer = fork();
+    if (tracer == 0) {
+        execlp("strace", "strace", "-qq", "-o", "trace", "-e", rule.c_str(), "-p", target.c_str(),
+               nullptr);
+        _exit(1);
+    }
+    const auto attached = [&] {
+        return readFile("/proc/" + target + "/status").find("\nTracerPid:\t0\n") == target.npos;
+    };
+    waitUntil([&] { return attached() || waitpid(tracer, nullptr, WNOHANG) == tracer; },
+              "strace does not attach");
+    return attached();
+}
+
+// Saves under a fault: the old or the new file stands, and the user is told which. False when the
+// fault did not come to pass.
+bool SaveFaultsTest::checkSave(const fs::path &config, const std::string &newText) {
+    press("<Enter>");
+    const bool changed = screen().find(" has changed since it was read") != std::string::npos;
+    if (changed)
+        stop();
+    const int result = changed ? 0 : exitStatus();
+    waitpid(tracer, nullptr, 0);
+    const std::string text = readFile(config), errors = readFile("errors");
+    const bool isNew = result == STATUS_KILLED ? text == newText
+                       : result == 0           ? !changed
+                                               : errors.find(" is in place, ") != errors.npos;
+    EXPECT_EQ(text, isNew ? newText : OLD_TEXT) << errors;
+    EXPECT_EQ(errors.starts_with("\nFatal error:\n"), result == 1) << errors;
+    EXPECT_TRUE(result == 0 || result == 1 || result == STATUS_KILLED) << result;
+    return result == STATUS_KILLED || readFile("trace").find("(INJECTED)") != text.npos;
+}
+
+// Lets each call of each kind fail in turn, from the first to the last that a save makes.
+void SaveFaultsTest::failEachCall(const std::string &path, const char *action) {
+    const fs::path config = root / path.substr(1);
+    writeFile(config, OLD_TEXT);
+    ASSERT_EQ(save(path), 0);
+    const std::string newText = readFile(config);
+    std::error_code otherFileSystem;
+    int cases = 0;
+    for (const std::string call : CALLS)
+        for (int n = 1;; n++, cases++) {
+            const std::string fault = call + action + ":when=" + std::to_string(n);
+            SCOPED_TRACE(fault);
+            fs::remove(temporary);
+            writeFile(config, OLD_TEXT);
+            fs::create_hard_link(config, temporary, otherFileSystem); // the worst rest of a save
+            configure(path);
+            if (!inject(fault))
+                GTEST_SKIP() << "no strace, or it may not trace: " << messages();
+            if (!checkSave(config, newText))
+                break;
+            if (!fs::exists(temporary))
+                continue;
+            EXPECT_EQ(save(path), 0);
+            EXPECT_EQ(readFile(config), newText);
+            EXPECT_FALSE(fs::exists(temporary));
+        }
+    EXPECT_GE(cases, 30) << "calls that a save makes are no longer among CALLS";
+}
+
+TEST_F(SaveFaultsTest, EachCallFails) { failEachCall("/etc/X11/Xconfig", ":error=EIO"); }
+
+TEST_F(SaveFaultsTest, KilledAtEachCall) { failEachCall("/etc/X11/Xconfig", ":signal=SIGKILL"); }
+
+TEST_F(SaveFaultsTest, EachCallFailsAcrossFileSystems) {
+    if (!mountOn("mnt", ""))
+        GTEST_SKIP() << "no mounts";
+    failEachCall("/mnt/Xconfig", ":error=EIO");
+    EXPECT_EQ(std::distance(fs::directory_iterator(root / "mnt"), {}), 1);
+}
+
+TEST_F(SaveFaultsTest, KilledAtEachCallAcrossFileSystems) {
+    if (!mountOn("mnt", ""))
+        GTEST_SKIP() << "no mounts";
+    failEachCall("/mnt/Xconfig", ":signal=SIGKILL");
+}
+
+TEST_F(SaveFaultsTest, AFullAndAReadOnlyFileSystem) {
+    if (!mountOn("mnt", "size=4k") || !mountOn("etc/X11", "size=4k")) // one page, for the old file
+        GTEST_SKIP() << "no mounts";
+    const auto check = [&](const std::string &path, const std::string &onFull,
+                           const std::string &onReadOnly) {
+        const fs::path config = root / path.substr(1), folder = config.parent_path();
+        const auto remount = [&](unsigned long flags, const char *options) {
+            EXPECT_EQ(mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | flags, options), 0);
+        };
+        writeFile(config, OLD_TEXT);
+        for (const bool full : {true, false}) {
+            if (!full)
+                remount(MS_RDONLY, "size=64k");
+            EXPECT_EQ(save(path), 1);
+            EXPECT_EQ(readFile("errors"),
+                      "\nFatal error:\n" + (full ? onFull : onReadOnly) + "\n\n");
+            EXPECT_EQ(readFile(config), OLD_TEXT);
+        }
+        remount(0, "size=64k");
+        EXPECT_EQ(save(path), 0);
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
+    };
+    check("/etc/X11/Xconfig", "Cannot write new Xconfig /etc/X11/Xconfig.tmp",
+          "Cannot open new Xconfig /etc/X11/Xconfig.tmp");
+    check("/mnt/Xconfig", "Cannot install new Xconfig /mnt/Xconfig",
+          "Cannot install new Xconfig /mnt/Xconfig");
+}
+
+// Whatever has the temporary file's name is never followed and never opened.
+TEST_F(SaveFaultsTest, ATakenTemporaryName) {
+    const fs::path config = root / "etc/X11/Xconfig", other = root / "tmp/other";
+    const std::function<void()> obstacles[] = {
+        [&] { fs::create_hard_link(config, temporary); },
+        [&] { fs::create_symlink("/tmp/other", temporary); },
+        [&] { fs::create_symlink("Xconfig", temporary); },
+        [&] { ASSERT_EQ(mkfifo(temporary.c_str(), 0600), 0); },
+        [&] { fs::create_directory(temporary); },
+    };
+    writeFile(other, OLD_TEXT);
+    for (const auto &obstruct : obstacles) {
+        writeFile(config, OLD_TEXT);
+        obstruct();
+        const bool folder = fs::is_directory(temporary);
+        EXPECT_EQ(save("/etc/X11/Xconfig"), folder ? 1 : 0);
+        EXPECT_EQ(readFile("errors"), folder ? "\nFatal error:\nCannot open new Xconfig "
+                                               "/etc/X11/Xconfig.tmp\n\n"
+                                             : "");
+        EXPECT_EQ(readFile(config) == OLD_TEXT, folder);
+        EXPECT_EQ(readFile(other), OLD_TEXT);
+        EXPECT_EQ(fs::exists(fs::symlink_status(temporary)), folder);
+    }
+    fs::remove(temporary);
+    fs::remove(config);
+    fs::create_symlink("/tmp/other", config); // that name's turn: the link is replaced
+    EXPECT_EQ(save("/etc/X11/Xconfig"), 0);
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(config)));
+    EXPECT_EQ(readFile(other), OLD_TEXT);
+}
