@@ -29,7 +29,8 @@ struct CatalogueFormatter {
 };
 
 // Reads the card list and writes the catalogue of its cards, with the first `columnCount` columns,
-// and a count of the cards to standard output. Without cards only the end of a group is written.
-// A card list or display entry that cannot be read ends the process; `out` keeps what was written.
+// 1 to CATALOGUE_COLUMNS, and a count of the cards to standard output; a group has at least one
+// card. Without cards only the end of a group is written. A card list or display entry that cannot
+// be read ends the process; `out` keeps what was written.
 void buildCatalogue(std::FILE *out, const CatalogueFormatter &formatter, int groupSize,
                     std::size_t columnCount, bool marks);

@@ -103,12 +103,12 @@ static void copyHead(LineReader &document, std::FILE *out) {
 // Passes over the old body, whose opening bracket was read: to the bracket that closes it and on
 // to the end of that line.
 static void skipTableBody(LineReader &document) {
-    long open = 1;
+    long depth = 1; // brackets that are open
     std::string_view piece;
     while (tryReadPiece(document, piece)) {
-        for (std::size_t index = 0; index < piece.size() && open > 0; index++)
-            open += (piece[index] == '<') - (piece[index] == '>');
-        if (open == 0 && piece.ends_with('\n'))
+        for (std::size_t index = 0; index < piece.size() && depth > 0; index++)
+            depth += (piece[index] == '<') - (piece[index] == '>');
+        if (depth == 0 && piece.ends_with('\n'))
             return;
     }
 }
@@ -119,14 +119,17 @@ static void copyRest(LineReader &document, std::FILE *out) {
         writeText(out, piece);
 }
 
-// Finishes the new document and puts it in place; tells what stands then.
+// Finishes the new document and puts it in place or removes it; tells what stands then.
 static Replaced installDocument(const LineReader &document, File out, const std::string &newPath) {
-    const bool written = closeWritten(std::move(out));
-    if (document.error != 0) {
-        errno = document.error;
-        return Replaced::No;
+    Replaced replaced = Replaced::No;
+    if (closeWritten(std::move(out)) && document.error == 0)
+        replaced = replaceFile(newPath, document.path);
+    if (replaced == Replaced::No) {
+        const int reason = document.error != 0 ? document.error : errno;
+        unlink(newPath.c_str());
+        errno = reason;
     }
-    return written ? replaceFile(newPath, document.path) : Replaced::No;
+    return replaced;
 }
 
 const CatalogueFormatter mifFormatter = {beginBody, endBody, writeCardRow, writeColumnCell};
@@ -144,12 +147,8 @@ void updateMifCatalogue(const char *path, bool marks) {
     skipTableBody(*document);
     copyRest(*document, out.get());
     const Replaced replaced = installDocument(*document, std::move(out), newPath);
-    if (replaced == Replaced::Yes)
-        return;
+    if (replaced == Replaced::No)
+        systemError("cannot write file %s", path);
     if (replaced == Replaced::Unsynced)
         systemError("new file %s is in place, but not synced to disk", path);
-    const int reason = errno;
-    unlink(newPath.c_str());
-    errno = reason;
-    systemError("cannot write file %s", path);
 }

@@ -9,6 +9,7 @@
 #include "config/config_lines.h"
 #include "config/lists.h"
 #include "config/screen_config.h"
+#include "frame/file.h"
 #include "frame/messages.h"
 #include "hwdb/card_list.h"
 
@@ -24,7 +25,7 @@ static constexpr CatalogueCommand CATALOGUE_COMMANDS[] = {{"-l", updateMifCatalo
 
 // Ends a command that wrote to standard output; what is lost of that is an error.
 [[noreturn]] static void endCommand() {
-    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+    if (!closeWritten(File(stdout)))
         systemError("standard output");
     std::exit(EXIT_SUCCESS);
 }

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <tuple>
 
 #include "frame/file.h"
 
@@ -29,8 +30,10 @@ static bool takeOverAttributes(int descriptor, const std::string &path) {
         errno = EINVAL;
         return false;
     }
-    [[maybe_unused]] const int kept = fchown(descriptor, old.st_uid, old.st_gid);
-    return fchmod(descriptor, old.st_mode & REPLACE_MODE_BITS) == 0;
+    const bool ownerKept = fchown(descriptor, old.st_uid, old.st_gid) == 0;
+    if (!ownerKept) // the group may still be one of the user's own
+        std::ignore = fchown(descriptor, static_cast<uid_t>(-1), old.st_gid);
+    return fchmod(descriptor, old.st_mode & (ownerKept ? REPLACE_MODE_BITS : 0777)) == 0;
 }
 
 static fs::path directoryOf(const std::string &path) {
@@ -38,10 +41,11 @@ static fs::path directoryOf(const std::string &path) {
     return parent.empty() ? "." : parent;
 }
 
-// The last step: the new file is in place. File systems that cannot sync a directory say EINVAL;
-// there is no more to do on them.
+// The last step: the new file is in place. There is no more to do where a directory cannot be
+// synced: it may not be read, or its file system says EINVAL.
 static Replaced syncDirectory(const Descriptor &directory) {
-    return fsync(directory.number) == 0 || errno == EINVAL ? Replaced::Yes : Replaced::Unsynced;
+    const bool synced = directory.number < 0 || fsync(directory.number) == 0 || errno == EINVAL;
+    return synced ? Replaced::Yes : Replaced::Unsynced;
 }
 
 static bool writeAll(int descriptor, const char *data, std::size_t size) {
@@ -87,8 +91,9 @@ static bool replaceAcrossFileSystems(int source, const std::string &path) {
 Replaced replaceFile(const std::string &newPath, const std::string &path) {
     const Descriptor source(open(newPath.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     const Descriptor directory(open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (source.number < 0 || directory.number < 0 || !takeOverAttributes(source.number, path) ||
-        fsync(source.number) != 0)
+    if (directory.number < 0 && errno != EACCES)
+        return Replaced::No;
+    if (source.number < 0 || !takeOverAttributes(source.number, path) || fsync(source.number) != 0)
         return Replaced::No;
     if (std::rename(newPath.c_str(), path.c_str()) != 0) {
         if (errno != EXDEV || !replaceAcrossFileSystems(source.number, path))
