@@ -25,9 +25,13 @@ std::string chipsetOf(std::string_view cardClass) {
     }
     std::string_view line;
     while (readLine(*reader, line)) {
-        const auto word = std::ranges::search(line, CHIPSET_WORD, {}, lowerCase);
-        if (!word.empty())
-            return std::string(word.end() == line.end() ? word.end() : word.end() + 1, line.end());
+        const auto word =
+            std::search(line.begin(), line.end(), CHIPSET_WORD.begin(), CHIPSET_WORD.end(),
+                        [](char character, char sought) { return lowerCase(character) == sought; });
+        if (word == line.end())
+            continue;
+        const auto separator = word + CHIPSET_WORD.size();
+        return std::string(separator == line.end() ? separator : separator + 1, line.end());
     }
     return std::string(cardClass);
 }
