@@ -40,6 +40,7 @@ static CardEntry *makeCard(std::string_view name) {
 // A setting with fewer numbers than it needs leaves the screen as it is.
 static void readSetting(ScreenConfig &screen, std::string_view line) {
     if (scanLiteral(line, SCREEN_CARD)) {
+        delete screen.card; // of an earlier line of the section
         screen.card = makeCard(line);
     } else if (scanLiteral(line, SCREEN_VIRTUAL)) {
         const auto width = scanInt(line), height = scanInt(line);
