@@ -1,7 +1,6 @@
 #include "hwdb/card_list.h"
 
 #include <algorithm>
-#include <deque>
 #include <optional>
 
 #include "config/lists.h"
@@ -16,8 +15,7 @@ static constexpr std::size_t CARD_CLASS_TEXT_FROM = 6; // behind "Class" and one
 static constexpr std::string_view CARD_CLASS = "Class";
 
 CardEntry *cardList = nullptr;
-
-static std::deque<std::string> classNames; // of all classes read; the cards refer to these texts
+std::deque<std::string> classNames;
 
 struct CardReader {
     const std::string *cardClass = nullptr; // class in force; null before the first

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,7 @@ struct CardEntry {
 };
 
 extern CardEntry *cardList; // sorted by name; of equal names the later in the file comes first
+extern std::deque<std::string> classNames; // of all classes read; the cards refer to these texts
 
 // Reads the card list and adds its cards to cardList. Called once.
 void loadCardList();

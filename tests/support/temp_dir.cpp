@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 namespace fs = std::filesystem;
 
@@ -33,15 +31,4 @@ std::string TempDirTest::messages() {
     if (ftruncate(messageFile, 0) != 0)
         ADD_FAILURE() << "the messages stay";
     return text;
-}
-
-void writeFile(const fs::path &path, std::string_view text) {
-    if (path.has_parent_path())
-        fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string readFile(const fs::path &path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }

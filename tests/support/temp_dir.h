@@ -4,7 +4,8 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
-#include <string_view>
+
+#include "support/files.h"
 
 class TempDirTest : public testing::Test {
   protected:
@@ -21,14 +22,3 @@ class TempDirTest : public testing::Test {
     int messageFile;    // takes what is written to standard error
     int terminalErrors; // the standard error of the whole run
 };
-
-// Writes a file, making its folders first. `path` is relative to the current directory.
-void writeFile(const std::filesystem::path &path, std::string_view text);
-
-std::string readFile(const std::filesystem::path &path);
-
-// A file of tests/data: its path and its text.
-inline std::string samplePath(const std::string &name) {
-    return SCRCONF_SOURCE_DIR "/tests/data/" + name;
-}
-inline std::string sampleFile(const std::string &name) { return readFile(samplePath(name)); }

@@ -1,0 +1,157 @@
+// Display entries: each mode line judged by scanf as well; the modes written, as an entry and as a
+// screen section, and read again.
+#include <cmath>
+#include <vector>
+
+#include "config/config_writer.h"
+#include "config/lists.h"
+#include "config/screen_config.h"
+#include "frame/line_reader.h"
+#include "fuzz/fuzz.h"
+#include "hwdb/display_entry.h"
+#include "vdif/vdif_reader.h"
+
+static CardEntry card = {nullptr, "Card", "class", {}, 0};
+
+static VideoMode *readModes(std::string_view text) {
+    writeFile(displayConfigPath(card.cardClass), text);
+    const MemoryBound bound(text.size());
+    VideoMode *modes = readDisplayEntry(card);
+    bound.check();
+    return modes;
+}
+
+static bool isFatal(const std::string &line) {
+    try {
+        require(!readModes("Modes\n" + line), "a line that is no mode makes none");
+    } catch (const FatalError &) {
+        return true;
+    }
+    return false;
+}
+
+static bool namesTiming(const std::string &line) {
+    const auto open = line.find('"'), close = line.rfind('"');
+    return open != close &&
+           findTiming(*currentDescription, line.substr(open + 1, close - open - 1).substr(0, 127));
+}
+
+// The number of modes that a line of the modes section makes; -1: it ends the process.
+static int modesOf(const std::string &line) {
+    int n[13];
+    char text[32];
+    if (line.starts_with('#') || line.starts_with(':'))
+        return 0;
+    if (std::sscanf(line.c_str(), "%d%d%d%d%d%d%d%d%d%d%d%d%d", n, n + 1, n + 2, n + 3, n + 4,
+                    n + 5, n + 6, n + 7, n + 8, n + 9, n + 10, n + 11, n + 12) == 13)
+        return 1;
+    if (std::sscanf(line.c_str(), "%d%d%d%d \" %c", n, n + 1, n + 2, n + 3, text) == 5)
+        return namesTiming(line) ? 1 : 0;
+    if (std::sscanf(line.c_str(), "%d%d%d%d%d%31s", n, n + 1, n + 2, n + 3, n + 4, text) == 6)
+        return 1;
+    return std::sscanf(line.c_str(), "%d", n) == 1 ? -1 : 0;
+}
+
+// The number of modes that the entry makes; -1, the first fatal line being checked, when it is not
+// to be read: what was read before such a line would be lost.
+static int expectedModes(std::string_view input) {
+    writeFile("entry", input);
+    auto reader = openLines("entry", DISPLAY_PIECE_MAX);
+    int count = 0;
+    bool inModes = false;
+    for (std::string_view line; readLine(*reader, line);) {
+        const int modes = inModes ? modesOf(std::string(line)) : 0;
+        if (modes < 0)
+            require(isFatal(std::string(line)), "a number that begins no mode is fatal");
+        if (modes < 0)
+            return -1;
+        count += modes;
+        inModes = inModes || line.starts_with(DISPLAY_MODES);
+    }
+    return count;
+}
+
+static std::string numbersOf(const VideoMode &mode) {
+    std::string text;
+    for (const int value : {mode.hDisplay, mode.hSyncStart, mode.hSyncEnd, mode.hTotal,
+                            mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal})
+        text += " " + std::to_string(value);
+    return text;
+}
+
+// The modes as an entry, by its first or its last form; none when a clock is not a whole number.
+static std::optional<std::string> writeModes(const VideoMode *mode) {
+    std::string text = "Modes\n";
+    for (; mode; mode = mode->next) {
+        if (mode->clock != std::trunc(mode->clock) || std::fabs(mode->clock) >= 0x1p31F)
+            return std::nullopt;
+        int width = 0, height = 0;
+        std::sscanf(mode->name.c_str(), "%dx%d", &width, &height);
+        for (const int value : {width, height, mode->depth, mode->refresh})
+            text += std::to_string(value) + " ";
+        text += std::to_string(static_cast<int>(mode->clock));
+        text += mode->timingRef ? " " + *mode->timingRef : numbersOf(*mode);
+        text += " " + std::to_string(mode->flags) + "\n";
+        for (const std::string &line : mode->extraLines)
+            text += ": " + line + "\n";
+    }
+    return text;
+}
+
+// Everything but what the entry's lines say themselves.
+static std::string shownModes(const VideoMode *mode) {
+    std::string shown;
+    for (; mode; mode = mode->next) {
+        require(mode->label.size() <= 255 && mode->name.size() <= 255, "texts keep their limit");
+        shown += mode->label + "|" + mode->name + "|" + numbersOf(*mode) + "\n";
+    }
+    return shown;
+}
+
+static void checkReread(const VideoMode *modes) {
+    const auto written = writeModes(modes);
+    if (!written)
+        return;
+    VideoMode *again = readModes(*written);
+    require(shownModes(again) == shownModes(modes) && writeModes(again) == written,
+            "the modes that are written are read again");
+    freeList(again);
+}
+
+// The section's lines behind its last "Modes" are the mode lines: names hold no line end.
+static void checkSection(VideoMode *modes) {
+    ScreenConfig screen;
+    screen.card = &card;
+    screen.modes = modes;
+    for (int n = 1; n <= listCount(modes); n++)
+        screen.selection.push_back(n);
+    const std::string section = textOf([&](std::FILE *out) { writeScreenSection(out, screen); });
+    writeFile("Xconfig", "Driver x\n" + section.substr(section.rfind("Modes \n")));
+    ScreenConfig again;
+    parseScreenSection("Xconfig", 0, again);
+    require(again.selection.size() ==
+                std::min<std::size_t>(screen.selection.size(), SCREEN_MODE_MAX),
+            "every mode that is written is read again");
+    for (const VideoMode *mode = again.modes; mode; mode = mode->next, modes = modes->next)
+        require(modes->name.starts_with(std::to_string(mode->hDisplay) + "x" +
+                                        std::to_string(mode->vDisplay)),
+                "a mode keeps its size");
+    freeList(again.modes);
+}
+
+void checkInput(std::string_view input) {
+    static const auto *library = loadMonitorDescriptions(
+        SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda", nullptr);
+    require(library, "the timing library is there");
+    const int expected = expectedModes(input);
+    if (expected < 0)
+        return;
+    VideoMode *modes = readModes(input);
+    require(listCount(modes) == expected, "every mode line makes its mode");
+    shownModes(modes);
+    if (modes) {
+        checkSection(modes);
+        checkReread(modes);
+    }
+    freeList(modes);
+}

@@ -1,0 +1,54 @@
+// What the fuzz targets share. Each gives its inputs to one reader, as a file below the current
+// directory, and checks what must hold for every input. A rule that is broken, an error that a
+// sanitizer finds and an input that takes too long are faults.
+//
+// Messages are formatted and dropped; a fatal error is the exception FatalError.
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "support/files.h"
+
+struct FatalError {};
+
+// The target's own: reads one input and checks what came of it.
+void checkInput(std::string_view input);
+
+// Reports a rule that is broken and ends the process as a crash does.
+void require(bool held, const char *rule);
+
+// The memory that a reader's records take: at most a small multiple of its input.
+class MemoryBound {
+  public:
+    explicit MemoryBound(std::size_t inputSize);
+    void check() const;
+
+  private:
+    std::size_t limit; // bytes in use in the whole process
+};
+
+// True when no line of the text, its line end included, is longer than `pieceMax` bytes: a reader
+// takes every line whole.
+bool linesFit(std::string_view text, std::size_t pieceMax);
+
+// What `write` writes to the stream that it is given.
+template <typename Write> std::string textOf(Write write) {
+    char *bytes = nullptr;
+    std::size_t size = 0;
+    std::FILE *out = open_memstream(&bytes, &size);
+    write(out);
+    std::fclose(out);
+    std::string text(bytes, size);
+    std::free(bytes);
+    return text;
+}
+
+template <typename Record> void freeList(Record *&head) {
+    for (Record *record = std::exchange(head, nullptr); record;)
+        delete std::exchange(record, record->next);
+}

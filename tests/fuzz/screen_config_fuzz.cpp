@@ -1,0 +1,83 @@
+// The screen sections of the configuration: read, saved unchanged and read again.
+#include <sys/stat.h>
+
+#include "config/config_lines.h"
+#include "config/config_writer.h"
+#include "config/lists.h"
+#include "config/screen_config.h"
+#include "frame/paths.h"
+#include "fuzz/fuzz.h"
+
+static void freeScreen(ScreenConfig &screen) {
+    freeList(screen.modes);
+    delete std::exchange(screen.card, nullptr);
+}
+
+static std::string shownScreen(const ScreenConfig &screen) {
+    std::string shown = (screen.card ? screen.card->name : "-") + "\n";
+    for (const int value : {screen.unchanged, screen.virtualWidth, screen.virtualHeight})
+        shown += std::to_string(value) + " ";
+    for (const VideoMode *mode = screen.modes; mode; mode = mode->next)
+        shown += "\n" + mode->label + "|" + std::to_string(mode->depth) + " " +
+                 std::to_string(mode->hDisplay) + " " + std::to_string(mode->vDisplay);
+    return shown;
+}
+
+static void checkSelection(const ScreenConfig &screen) {
+    std::vector<int> all;
+    for (int n = 1; n <= listCount(screen.modes); n++)
+        all.push_back(n);
+    require(all.size() <= SCREEN_MODE_MAX && screen.selection == all, "every mode is selected");
+}
+
+// Reads all screens into the table; what is shown of them.
+static std::string readScreens(std::size_t size) {
+    std::string shown;
+    const MemoryBound bound(size);
+    for (screenCount = 0; screenCount < SCREEN_MAX; screenCount++) {
+        ScreenConfig &screen = screens[static_cast<std::size_t>(screenCount)];
+        const bool found = parseScreenSection(CONFIG_PATH, screenCount, screen);
+        checkSelection(screen);
+        if (!found)
+            break;
+        shown += shownScreen(screen);
+    }
+    bound.check();
+    return shown;
+}
+
+static std::string copyOf(int index) {
+    return textOf([&](std::FILE *out) { copyScreenSection(index, CONFIG_PATH, out); });
+}
+
+// The sections of the file one behind the other; `count` becomes their number.
+static std::string copyOfAll(int &count) {
+    std::string all;
+    for (count = 0;; count++) {
+        const std::string section = copyOf(count);
+        if (section.empty())
+            return all;
+        all += section;
+    }
+}
+
+void checkInput(std::string_view input) {
+    configPath = CONFIG_PATH;
+    writeFile(configPath, input);
+    const std::string shown = readScreens(input.size());
+    int sections = 0;
+    const std::string copy = copyOfAll(sections);
+    require(input.ends_with(copy), "sections are copied byte for byte");
+    const std::string_view global = input.substr(0, input.size() - copy.size());
+    require(!global.starts_with("Driver") && global.find("\nDriver") == global.npos,
+            "every section is copied");
+    if (sections == screenCount) { // a "Driver" without a blank divides the copy only
+        freeList(configLines);
+        configLines = readConfigLines(configPath);
+        writeConfig();
+        require(readFile(configPath).ends_with("\n\n\n" + copy), "unchanged sections are kept");
+        std::ranges::for_each(screens, freeScreen);
+        require(readScreens(input.size()) == shown, "the screens that are saved are read again");
+    }
+    std::ranges::for_each(screens, freeScreen);
+}

@@ -1,0 +1,17 @@
+#include "support/files.h"
+
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+void writeFile(const fs::path &path, std::string_view text) {
+    if (path.has_parent_path())
+        fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string readFile(const fs::path &path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
