@@ -6,6 +6,7 @@
 #include <concepts>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 template <typename Record>
@@ -44,6 +45,12 @@ Record *listFromTable(const Table &table, std::string_view Record::*text) {
         end = &(*end)->next;
     }
     return head;
+}
+
+// Releases the records of a list, which is empty then.
+template <ListRecord Record> void freeList(Record *&head) {
+    while (head)
+        delete std::exchange(head, head->next);
 }
 
 // Sorts a list by a key of its records; records of equal key keep their order.

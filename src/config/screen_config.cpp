@@ -28,10 +28,10 @@ struct SectionReader {
     bool surplusReported = false; // of modes beyond SCREEN_MODE_MAX
 };
 
-static CardEntry *makeCard(std::string_view name) {
+static std::unique_ptr<CardEntry> makeCard(std::string_view name) {
     const AllocationGuard guard;
     try {
-        return new CardEntry{nullptr, copyLine(name), {}, {}, 0};
+        return std::make_unique<CardEntry>(CardEntry{nullptr, copyLine(name), {}, {}, 0});
     } catch (const std::bad_alloc &) {
         fatalError("could not allocate screen->card\n");
     }
@@ -40,8 +40,8 @@ static CardEntry *makeCard(std::string_view name) {
 // A setting with fewer numbers than it needs leaves the screen as it is.
 static void readSetting(ScreenConfig &screen, std::string_view line) {
     if (scanLiteral(line, SCREEN_CARD)) {
-        delete screen.card; // of an earlier line of the section
-        screen.card = makeCard(line);
+        screen.ownCard = makeCard(line);
+        screen.card = screen.ownCard.get();
     } else if (scanLiteral(line, SCREEN_VIRTUAL)) {
         const auto width = scanInt(line), height = scanInt(line);
         if (width && height) {

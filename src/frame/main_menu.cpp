@@ -76,7 +76,8 @@ static bool actOnChoice(int choice) {
 static void runMainMenu() {
     Menu menu = makeMainMenu();
     openMenu(menu);
-    addMenuItems(menu, listFromTable(MAIN_TEXTS, &MenuItem::text), &MenuItem::text);
+    MenuItem *items = listFromTable(MAIN_TEXTS, &MenuItem::text);
+    addMenuItems(menu, items, &MenuItem::text);
     int choice;
     do {
         drawStatusPanel(screens[currentScreen]);
@@ -87,6 +88,7 @@ static void runMainMenu() {
             clearStatusPanel();
         }
     } while (actOnChoice(choice));
+    freeList(items);
 }
 
 void runInteractiveMode() {

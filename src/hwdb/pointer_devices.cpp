@@ -1,6 +1,7 @@
 #include "hwdb/pointer_devices.h"
 
 #include <array>
+#include <memory>
 #include <string_view>
 
 #include "config/config_lines.h"
@@ -22,6 +23,8 @@ using DefaultDevices = std::array<DefaultDevice, 3>;
 
 PointerDevice *pointerDevices = nullptr;
 PointerDevice *currentPointer = nullptr;
+
+static std::unique_ptr<PointerDevice> configuredPointer; // what the configuration says
 
 static DefaultDevice *findDefault(DefaultDevices &defaults, std::string_view text) {
     for (DefaultDevice &entry : defaults)
@@ -88,14 +91,14 @@ static const ConfigLine *findActiveMouse() {
 }
 
 // The device of a "Mouse" line's value; null when the value holds no word.
-static PointerDevice *parseCurrent(std::string_view value) {
+static std::unique_ptr<PointerDevice> parseConfigured(std::string_view value) {
     const auto type = scanWord(value);
     if (!type)
         return nullptr;
-    auto *current = new PointerDevice;
-    current->type = *type;
-    current->device = scanWord(value);
-    return current;
+    auto pointer = std::make_unique<PointerDevice>();
+    pointer->type = *type;
+    pointer->device = scanWord(value);
+    return pointer;
 }
 
 // The name is that of the last entry of the type, the button count the first known one.
@@ -115,7 +118,8 @@ void loadPointerDevices() {
         fatalError("Can't Open file %s\n", POINTER_LIST_PATH);
     readDatabase(*reader);
     const ConfigLine *mouse = findActiveMouse();
-    currentPointer = mouse ? parseCurrent(mouse->value.value_or("")) : nullptr;
+    configuredPointer = mouse ? parseConfigured(mouse->value.value_or("")) : nullptr;
+    currentPointer = configuredPointer.get();
     if (currentPointer)
         completeCurrent(*currentPointer);
 }

@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "config/lists.h"
 #include "ui/dialog.h"
 #include "ui/menu.h"
 
@@ -74,12 +75,15 @@ static std::optional<ModeChoice> chooseModes(CardEntry &card) {
             return std::nullopt;
         }
         auto selection = askModes(card, choice.modes);
+        if (selection) {
+            choice.selection = std::move(*selection);
+            if (measureSelection(choice))
+                return choice;
+            showNotice("All modes must have the same color depth: Please reenter.");
+        }
+        freeList(choice.modes);
         if (!selection)
             return std::nullopt;
-        choice.selection = std::move(*selection);
-        if (measureSelection(choice))
-            return choice;
-        showNotice("All modes must have the same color depth: Please reenter.");
     }
 }
 
@@ -154,10 +158,13 @@ void selectCardAndModes(ScreenConfig &screen) {
         return;
     renameDuplicates(*choice);
     const auto virtualSize = chooseVirtualSize(*card, *choice);
-    if (!virtualSize)
+    if (!virtualSize) {
+        freeList(choice->modes);
         return;
+    }
     screen.card = card;
     screen.unchanged = 0;
+    freeList(screen.modes);
     screen.modes = choice->modes;
     screen.selection = std::move(choice->selection);
     screen.virtualWidth = virtualSize->width;

@@ -10,8 +10,8 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
-#include <utility>
 
+#include "config/lists.h"
 #include "support/files.h"
 
 struct FatalError {};
@@ -46,9 +46,4 @@ template <typename Write> std::string textOf(Write write) {
     std::string text(bytes, size);
     std::free(bytes);
     return text;
-}
-
-template <typename Record> void freeList(Record *&head) {
-    for (Record *record = std::exchange(head, nullptr); record;)
-        delete std::exchange(record, record->next);
 }

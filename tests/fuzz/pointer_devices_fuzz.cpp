@@ -26,13 +26,8 @@ static void readConfiguration(std::string_view text) {
     configLines = readConfigLines("Xconfig");
 }
 
-static void freeDevices() {
-    freeList(pointerDevices);
-    delete std::exchange(currentPointer, nullptr);
-}
-
 static void readDevices(std::string_view text) {
-    freeDevices();
+    freeList(pointerDevices);
     writeFile(POINTER_LIST_PATH, text);
     const MemoryBound bound(text.size());
     loadPointerDevices();
@@ -65,5 +60,5 @@ void checkInput(std::string_view input) {
         require(writeDevices() == written, "the devices that are written are read again");
     }
     checkLastDevice(written);
-    freeDevices();
+    freeList(pointerDevices);
 }
