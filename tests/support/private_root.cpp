@@ -17,7 +17,13 @@ namespace fs = std::filesystem;
 static constexpr unsigned RUN_LIMIT = 30; // s
 static constexpr uid_t NOBODY_ID = 65534;
 static constexpr int STATUS_NOT_ENTERED = 126, STATUS_NO_PROGRAM = 127;
-static constexpr const char *PROGRAM = "/usr/sbin/scrconf";
+
+// What the machine lends to a root that has a folder for it: the process's own folder of /proc,
+// where a sanitizer finds its options and the stack, and the parts of valgrind.
+static constexpr const char *LENT_FOLDERS[] = {"/proc/self", "/usr/libexec/valgrind",
+                                               "/usr/lib/debug"};
+
+Arguments programCommand = {"/usr/sbin/scrconf"};
 
 // Leaks are no faults: what the program makes lives until it exits. A status of its own tells a
 // sanitizer's report from the program's errors.
@@ -43,15 +49,16 @@ static void enterUserNamespace(uid_t id) {
     writeFile("/proc/self/gid_map", inside + group + " 1");
 }
 
-// The program sees its own folder of /proc, where a sanitizer finds its options and the stack.
-// Where the machine forbids mounts the program runs without.
+// Where the machine forbids mounts the program runs without the folders that they would give.
 static void enterPrivateRoot(const fs::path &root, User user) {
     const uid_t id = user == User::ROOT ? 0 : NOBODY_ID;
     if (geteuid() != 0)
         enterUserNamespace(id);
     if (unshare(CLONE_NEWNS) == 0 && // the mount ends with the process
         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0)
-        mount("/proc/self", (root / "proc/self").c_str(), nullptr, MS_BIND, nullptr);
+        for (const fs::path folder : LENT_FOLDERS)
+            mount(folder.c_str(), (root / folder.relative_path()).c_str(), nullptr, MS_BIND,
+                  nullptr);
     require(chroot(root.c_str()) == 0 && chdir("/") == 0, "chroot");
     if (geteuid() != id)
         require(setgroups(0, nullptr) == 0 && setgid(id) == 0 && setuid(id) == 0, "setuid");
@@ -90,10 +97,10 @@ RunResult runInPrivateRoot(const fs::path &root, const Arguments &arguments,
 
 void executeInPrivateRoot(const fs::path &root, Arguments arguments, Settings settings, User user) {
     enterPrivateRoot(root, user);
-    arguments.insert(arguments.begin(), "scrconf");
+    arguments.insert(arguments.begin(), programCommand.begin(), programCommand.end());
     settings.insert(settings.end(), std::begin(FIXED_SETTINGS), std::end(FIXED_SETTINGS));
-    execve(PROGRAM, pointersTo(arguments).data(), pointersTo(settings).data());
-    std::perror(PROGRAM);
+    execve(arguments[0].c_str(), pointersTo(arguments).data(), pointersTo(settings).data());
+    std::perror(arguments[0].c_str());
     _exit(STATUS_NO_PROGRAM);
 }
 

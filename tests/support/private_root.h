@@ -6,8 +6,11 @@
 #include <string>
 #include <vector>
 
-using Arguments = std::vector<std::string>; // without the program's name, which is "scrconf"
+using Arguments = std::vector<std::string>; // without the program's name, which is its path
 using Settings = std::vector<std::string>;  // "NAME=value"
+
+// What is executed, before the arguments: the program, and before it a tool that runs it.
+extern Arguments programCommand;
 
 enum class User { ROOT, NOBODY }; // who the program runs as, seen from inside
 

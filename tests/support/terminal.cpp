@@ -15,7 +15,7 @@
 #include <cstdlib>
 #include <map>
 
-static constexpr auto TIME_LIMIT = std::chrono::seconds(10);
+static constexpr auto TIME_LIMIT = std::chrono::seconds(30);
 static constexpr int POLL_INTERVAL = 2; // ms, between two looks at a program that works
 static constexpr const char *STAGE_COMMAND =
     "'" SCRCONF_SOURCE_DIR "/tools/stage-root' '" SCRCONF_PROGRAM "' root";

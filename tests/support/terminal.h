@@ -3,7 +3,7 @@
 //
 // Nothing sleeps: an operation returns when the program waits for its next key with all earlier
 // ones read and all it wrote drawn, or when it has ended. One that does not come to rest within
-// 10 s fails the test, and the failure shows the screen.
+// 30 s fails the test, and the failure shows the screen.
 #pragma once
 
 #include <vterm.h>

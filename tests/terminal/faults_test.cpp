@@ -41,7 +41,7 @@ TEST_F(FaultsTest, ArgumentsAreTakenInOrder) {
     EXPECT_TRUE(list.output.starts_with("  1. 3Dlabs Oxygen VX1\n  2. 3Dlabs Permedia3 Create!\n"))
         << list.output;
     EXPECT_NE(list.output.find(". Linear Framebuffer\n"), list.output.npos);
-    EXPECT_EQ(run({"-1"}, {}, User::NOBODY).errors, fatal("must be root to run scrconf"));
+    EXPECT_EQ(run({"-1"}, {}, User::NOBODY).errors, fatal("must be root to run /usr/sbin/scrconf"));
 }
 
 TEST_F(FaultsTest, EveryCommandNeedsTheMonitorFiles) {
