@@ -37,12 +37,15 @@ TEST_F(ScreenConfigTest, SectionsAreCountedFromTheirFirstLine) {
 }
 
 TEST_F(ScreenConfigTest, ModesBeyondTheLimitAreReportedOnce) {
-    std::string text = "Driver a\nModes\n";
-    for (int n = 0; n < 120; n++)
+    const std::string message = "Screen section 0 of Xconfig: only the first 99 modes are shown\n";
+    std::string text = "Driver a\nVirtual 5" + std::string(1013, ' ') + "67\nModes\n";
+    for (int n = 1; n <= 101; n++) {
         text += "\"640x480\"\n";
-    writeFile("Xconfig", text);
-    ScreenConfig screen;
-    ASSERT_TRUE(parseScreenSection("Xconfig", 0, screen));
-    EXPECT_EQ(screen.selection.size(), 99u);
-    EXPECT_EQ(messages(), "Screen section 0 of Xconfig: only the first 99 modes are shown\n");
+        writeFile("Xconfig", text);
+        ScreenConfig screen;
+        ASSERT_TRUE(parseScreenSection("Xconfig", 0, screen));
+        EXPECT_EQ(std::ssize(screen.selection), std::min(n, 99));
+        EXPECT_EQ(screen.virtualHeight, 6); // the line's byte 1023
+        EXPECT_EQ(messages(), n > 99 ? message : "") << n;
+    }
 }

@@ -31,6 +31,15 @@ TEST_F(CardListTest, CardsAreSortedWithClassAndExtraLines) {
     EXPECT_EQ(messages(), "Card Orphan has no class: ignored\n");
 }
 
+TEST_F(CardListTest, ALongLineIsReadInPieces) {
+    const std::string whole(1021, 'a'), full(1022, 'b');
+    writeFile(CARD_LIST_PATH,
+              "Class x\n" + whole + "\n" + full + "\n" + full + "rest\n" + full + "a card\n");
+    loadCardList();
+    const std::string shown = "[" + full + "] x\n";
+    EXPECT_EQ(shownCards(), "[a card] x\n[" + whole + "] x\n" + shown + shown + shown);
+}
+
 TEST_F(CardListTest, TheNumberedListShowsTheTextBehindAPrefix) {
     writeFile(CARD_LIST_PATH, "Class x\nAcme:One:Two\nPlain card\n");
     loadCardList();

@@ -69,6 +69,25 @@ TEST_F(DisplayEntryTest, ExtraLinesGoToTheModeBeforeThemIfItWasMade) {
                               ": 8 8 8 8 \"unterminated\n");
 }
 
+TEST_F(DisplayEntryTest, LinesAndTextsEndAtTheirLimits) {
+    const VideoMode *modes = read("Modes\n8 8 8 8 8" + std::string(1012, ' ') + "wx y\n");
+    EXPECT_EQ(modes->timingRef, "w"); // the line's byte 1022
+    const std::string longest(127, 't');
+    std::string library = sampleFile("one-timing.vda");
+    writeFile("library", library.replace(library.find("my timing"), 9, longest));
+    defaultDescription = nullptr;
+    loadMonitorDescriptions("library", nullptr);
+    EXPECT_EQ(listCount(read("Modes\n8 8 8 8 \"" + longest + "\"\n8 8 8 8 \"" + longest +
+                             "x\"\n8 8 8 8 \"" + longest.substr(1) + "\"\n")),
+              2);
+    const std::string cardClass(250, 'c');
+    card.cardClass = cardClass;
+    writeFile(displayConfigPath(cardClass), "Modes\n8 8 8 8 8 w\n8 8 8 8 8 wx\n");
+    modes = readDisplayEntry(card);
+    EXPECT_EQ(modes->name, "8x8:" + cardClass + "/");
+    EXPECT_EQ(modes->next->name, modes->name);
+}
+
 TEST_F(DisplayEntryTest, NoVirtualCountsAnywhereAndAnEntryMayHaveNoModes) {
     EXPECT_EQ(read("Driver x\n: pending\n"), nullptr);
     EXPECT_EQ(card.flags, 0u);

@@ -39,6 +39,15 @@ TEST_F(PointerDevicesTest, EntriesTakeTheDefaultsReadBeforeThem) {
     EXPECT_EQ(currentPointer, nullptr);
 }
 
+TEST_F(PointerDevicesTest, ALineEndsWithItsByte1023) {
+    writeFile(POINTER_LIST_PATH, "Mouse \"n\" t 2" + std::string(1009, ' ') + "/d\n");
+    configLines = nullptr;
+    pointerDevices = nullptr;
+    loadPointerDevices();
+    ASSERT_NE(pointerDevices, nullptr);
+    EXPECT_EQ(shownDevice(*pointerDevices), "[n] t 2 /\n");
+}
+
 TEST_F(PointerDevicesTest, TheCurrentDeviceComesFromTheFirstActiveMouseLine) {
     load("# Mouse Elo\nMouse Logi /dev/mine more\n");
     EXPECT_EQ(shownDevice(*currentPointer), "[C] Logi 3 /dev/mine\n");

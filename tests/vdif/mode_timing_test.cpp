@@ -63,6 +63,12 @@ TEST_F(ModeTimingTest, NamedTimingBecomesAModeLine) {
     load("lace", changed(VGA, changes), SYNC_CONFIG_ON_GREEN);
     EXPECT_EQ(find("lace"), "251.750 1288 6560 7520 8000 480 490 492 525 95");
     EXPECT_EQ(messages(), "");
+    Values most = VGA; // every field at its edge: what exceeds an int keeps its low bits
+    for (auto &[field, value] : most)
+        value = field.width == 2 ? 0xffff : 0xffffffff;
+    load("most", most);
+    EXPECT_EQ(find("most"), "4294967.500 65536 281470688 562941376 -140471200 65535 281470681 "
+                            "562941362 -140513479 0a");
 }
 
 // A row of the table that the shipped library is made from, as find() shows its mode: horizontal

@@ -22,8 +22,9 @@ TEST_F(VdifScannerTest, TokensEndWhereTheirKindEnds) {
     using namespace std::string_literals;
     EXPECT_EQ(tokens("a\0b//c\0d \"e\0f\" \"rest\ng"s),
               (Tokens{"A", "B", "D", "e", "rest\ng"})); // NUL: line end, end of a quoted text
-    const std::string digits(200, '7'), cut(VDIF_TOKEN_MAX, '7');
-    EXPECT_EQ(tokens(digits + "=\"" + digits + "\"x"), (Tokens{cut, "=", cut, "X"}));
+    const std::string longest(127, '7'), cut = longest + "8";
+    EXPECT_EQ(tokens(longest + "=" + cut + "=\"" + longest + "\"\"" + cut + "\"x"),
+              (Tokens{longest, "=", longest, "=", longest, longest, "X"}));
 }
 
 TEST_F(VdifScannerTest, WhatDoesNotMatchIsNotTaken) {
@@ -43,20 +44,29 @@ TEST_F(VdifScannerTest, WhatDoesNotMatchIsNotTaken) {
 }
 
 TEST_F(VdifScannerTest, ValuesAreStoredModuloTheirField) {
-    VdifScanner scanner{.text = "0x1F 300 70000 \"-1\" none 99999999999999999999 " // integers
-                                "31.469 31.5 100 1.23456 100000.25 \"-0.5\" 12. "  // scaled
-                                "1996/5/65537"};
-    EXPECT_EQ(readInt16(scanner), 0x1fu);
-    EXPECT_EQ(readInt8(scanner), 44u);
-    EXPECT_EQ(readInt16(scanner), 4464u);
-    EXPECT_EQ(readInt16(scanner), 65535u);
-    EXPECT_EQ(readInt16(scanner), 0u);
-    EXPECT_TRUE(readInt16(scanner));
-    for (const std::uint32_t value : {31469u, 31500u, 100000u, 1234u, 100000250u})
-        EXPECT_EQ(readScaled32(scanner), value);
-    EXPECT_EQ(readScaled16(scanner), 500u); // the sign belongs to the integer 0
-    EXPECT_EQ(readScaled16(scanner), 12000u);
-    EXPECT_EQ(readDate(scanner), 1996u | 5u << 16 | std::uint64_t{1} << 32);
+    const struct {
+        std::string text;
+        std::uint64_t int8, int16, scaled16, scaled32;
+    } cases[] = {
+        {"0x1F", 31, 31, 0, 0},           {"255", 255, 255, 58392, 255000},
+        {"256", 0, 256, 59392, 256000},   {"65535", 255, 65535, 64536, 65535000},
+        {"65536", 0, 0, 0, 65536000},     {"65.535", 65, 65, 65535, 65535},
+        {"65.536", 65, 65, 0, 65536},     {"4294967.295", 55, 35127, 65535, 4294967295},
+        {"4294967.296", 55, 35127, 0, 0}, {"\"-1\"", 255, 65535, 64536, 4294966296},
+        {"\"-0.5\"", 0, 0, 500, 500}, // the sign belongs to the integer 0
+        {"31.5", 31, 31, 31500, 31500},   {"1.23456", 1, 1, 1234, 1234},
+        {"12.", 12, 12, 12000, 12000},    {"99999999999999999999", 255, 65535, 64536, 4135582744},
+    };
+    for (const auto &[text, int8, int16, scaled16, scaled32] : cases) {
+        SCOPED_TRACE(text);
+        VdifScanner scanner{.text = text + " " + text + " " + text + " " + text};
+        EXPECT_EQ(readInt8(scanner), int8);
+        EXPECT_EQ(readInt16(scanner), int16);
+        EXPECT_EQ(readScaled16(scanner), scaled16);
+        EXPECT_EQ(readScaled32(scanner), scaled32);
+    }
+    VdifScanner date{.text = "1996/65535/65537"};
+    EXPECT_EQ(readDate(date), 1996u | 65535u << 16 | std::uint64_t{1} << 32);
     EXPECT_EQ(parseScaled("2147483.647"), 2147483647);
     EXPECT_EQ(messages(), "");
     static constexpr VdifName names[] = {{"ONE", 1}, {"TWO", 2}};
