@@ -15,7 +15,7 @@ static constexpr std::size_t CARD_CLASS_TEXT_FROM = 6; // behind "Class" and one
 static constexpr std::string_view CARD_CLASS = "Class";
 
 CardEntry *cardList = nullptr;
-std::deque<std::string> classNames;
+std::list<std::string> classNames;
 
 struct CardReader {
     const std::string *cardClass = nullptr; // class in force; null before the first

@@ -13,7 +13,7 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,7 +29,10 @@ struct CardEntry {
 };
 
 extern CardEntry *cardList; // sorted by name; of equal names the later in the file comes first
-extern std::deque<std::string> classNames; // of all classes read; the cards refer to these texts
+
+// Of all classes read; the cards refer to these texts. A list takes no memory before its first
+// entry, when running out of it could not be reported yet.
+extern std::list<std::string> classNames;
 
 // Reads the card list and adds its cards to cardList. Called once.
 void loadCardList();

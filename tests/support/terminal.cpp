@@ -90,7 +90,7 @@ void TerminalTest::SetUp() {
     ASSERT_EQ(std::system(STAGE_COMMAND), 0) << messages();
 }
 
-void TerminalTest::start(const Arguments &arguments) {
+void TerminalTest::start(const Arguments &arguments, const Settings &settings) {
     stop();
     emulator.reset(vterm_new(lines, columns));
     vterm_set_utf8(emulator.get(), 1);
@@ -106,7 +106,7 @@ void TerminalTest::start(const Arguments &arguments) {
         if (errorsToFile)
             dup2(open("errors", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDERR_FILENO);
         std::signal(SIGHUP, SIG_IGN);
-        executeInPrivateRoot("root", arguments, {}, User::ROOT);
+        executeInPrivateRoot("root", arguments, settings, User::ROOT);
     }
     settle("the start");
 }
@@ -130,12 +130,14 @@ void TerminalTest::press(std::string_view keys) {
     while (!keys.empty()) {
         const std::string key(keys.substr(0, keys[0] == '<' ? keys.find('>') + 1 : 1));
         keys.remove_prefix(key.size());
-        const std::string bytes = key.size() == 1 ? key : NAMED_KEYS.at(key);
         ASSERT_FALSE(ended()) << "the program ended before " << key << "; screen:\n" << screen();
-        // One write, so that the bytes of a key arrive together.
-        ASSERT_EQ(write(master, bytes.data(), bytes.size()), std::ssize(bytes)) << key;
-        settle(key);
+        send(key.size() == 1 ? key : NAMED_KEYS.at(key));
     }
+}
+
+void TerminalTest::send(const std::string &bytes) {
+    ASSERT_EQ(write(master, bytes.data(), bytes.size()), std::ssize(bytes));
+    settle(bytes);
 }
 
 void TerminalTest::resize(unsigned short newLines, unsigned short newColumns) {

@@ -25,7 +25,7 @@ class TerminalTest : public TempDirTest {
     void SetUp() override;
 
     // Starts the program in a new terminal; a program started earlier is ended.
-    void start(const Arguments &arguments = {});
+    void start(const Arguments &arguments = {}, const Settings &settings = {});
 
     // Runs the program without a terminal.
     RunResult run(const Arguments &arguments, const Settings &settings = {},
@@ -34,6 +34,9 @@ class TerminalTest : public TempDirTest {
     // Sends keys one by one: a character, or "<Up>", "<Down>", "<Enter>", "<Esc>", "<Space>",
     // "<Backspace>" (8) or "<Delete>" (127).
     void press(std::string_view keys);
+
+    // Sends bytes all at once; the program may have ended, or end amid them.
+    void send(const std::string &bytes);
 
     void resize(unsigned short newLines, unsigned short newColumns);
 

@@ -23,11 +23,17 @@ struct SaveFaultsTest : TerminalTest {
     void SetUp() override {
         TerminalTest::SetUp();
         errorsToFile = true;
+        const fs::path korvel = root / "usr/lib/X11/Korvel";
+        writeFile(korvel / "MonitorConfig/timings.vda", sampleFile("one-timing.vda"));
+        writeFile(korvel / "scrconf/CardInfo", "Class one\nA card of that class\n: Extra line\n");
+        writeFile(korvel / "scrconf/MouseInfo", "Mouse \"A pointing device\" Microsoft 2 /dev/m\n");
+        writeFile(korvel / "DisplayConfig/one/config",
+                  "Driver one\nModes\n640 480 8 60 25 a\n640 480 8 60 \"my timing\"\n");
     }
     // Leaves the highlight on "Save and Exit"; screen 0 was configured.
     void configure(const std::string &path) {
         start({path});
-        press("<Enter><Enter><Enter><Enter><Enter><Down><Down>");
+        press("<Enter><Enter><Enter><Enter><Down><Down>");
     }
     int save(const std::string &path) {
         configure(path);
@@ -194,4 +200,25 @@ TEST_F(SaveFaultsTest, ATakenTemporaryName) {
     EXPECT_EQ(save("/etc/X11/Xconfig"), 0);
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(config)));
     EXPECT_EQ(readFile(other), OLD_TEXT);
+}
+
+// At each allocation from the start of a run to the end of its save.
+TEST_F(SaveFaultsTest, MemoryRunsOut) {
+    const fs::path config = root / "etc/X11/Xconfig";
+    fs::copy_file(SCRCONF_SCARCE_MEMORY, root / "usr/sbin/scrconf",
+                  fs::copy_options::overwrite_existing);
+    writeFile(config, OLD_TEXT);
+    int n = 1;
+    for (int result = 1; !HasFailure(); n++) {
+        SCOPED_TRACE(n);
+        start({}, {"SCARCE_MEMORY=" + std::to_string(n)});
+        send("\r\r\r\r\033OB\033OB\r"); // the card, its first mode, the save
+        if ((result = exitStatus()) == 0)
+            break;
+        EXPECT_EQ(result, 1);
+        EXPECT_EQ(readFile(config), OLD_TEXT);
+        EXPECT_EQ(readFile("errors"), "\nFatal error:\nOut of memory\n\n");
+    }
+    EXPECT_NE(readFile(config), OLD_TEXT);
+    EXPECT_GT(n, 50);
 }

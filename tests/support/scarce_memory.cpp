@@ -1,0 +1,37 @@
+// Linked into a program: memory runs out at the n-th allocation, counted from 1, and stays so; n is
+// the environment variable SCARCE_MEMORY.
+#include <cstdlib>
+#include <new>
+
+static bool isExhausted() {
+    static const char *limit = std::getenv("SCARCE_MEMORY");
+    static long left = limit ? std::atol(limit) : 0;
+    if (left > 1)
+        left--;
+    else if (left == 1)
+        return true;
+    return false;
+}
+
+void *operator new(std::size_t size) {
+    for (;;) {
+        void *memory = isExhausted() ? nullptr : std::malloc(size > 0 ? size : 1);
+        if (memory)
+            return memory;
+        const std::new_handler handler = std::get_new_handler();
+        if (!handler)
+            throw std::bad_alloc();
+        handler();
+    }
+}
+
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
+void operator delete(void *memory) noexcept { std::free(memory); }
+void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
