@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
+#include <string>
 #include <vector>
 
 #include "frame/messages.h"
@@ -34,18 +36,35 @@ static std::vector<OpenWindow>::iterator findWindow(const WINDOW *window) {
 // The signals that are let through while input is waited for.
 static sigset_t waitSignals;
 
-// A resize is told by a signal. It is held back except while input is waited for, so that none is
-// missed between a drawing and the wait. The handler only ends the wait; with one there, curses
-// sets none of its own and never takes LINES and COLUMNS for the new size.
-static void holdResizeSignal() {
+static volatile std::sig_atomic_t endSignal = 0; // the signal that asks for the end; 0: none did
+
+static void holdSignal(int number, void (*handler)(int)) {
     struct sigaction action = {};
-    action.sa_handler = [](int) {};
-    sigaction(SIGWINCH, &action, nullptr);
-    sigset_t resize;
-    sigemptyset(&resize);
-    sigaddset(&resize, SIGWINCH);
-    sigprocmask(SIG_BLOCK, &resize, &waitSignals);
-    sigdelset(&waitSignals, SIGWINCH);
+    action.sa_handler = handler;
+    sigaction(number, &action, nullptr);
+    sigset_t held;
+    sigemptyset(&held);
+    sigaddset(&held, number);
+    sigprocmask(SIG_BLOCK, &held, nullptr);
+    sigdelset(&waitSignals, number);
+}
+
+static bool isIgnored(int number) {
+    struct sigaction action = {};
+    sigaction(number, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
+}
+
+// Signals are held back except while input is waited for, which the handlers only end: so no resize
+// is missed between a drawing and the wait, and no save is cut short. With handlers there curses
+// sets none of its own: it would take LINES and COLUMNS for the new size, and would tidy up amid
+// whatever runs.
+static void holdSignals() {
+    sigprocmask(SIG_BLOCK, nullptr, &waitSignals);
+    holdSignal(SIGWINCH, [](int) {});
+    for (const int number : {SIGHUP, SIGINT, SIGTERM})
+        if (!isIgnored(number))
+            holdSignal(number, [](int received) { endSignal = received; });
 }
 
 static void paintShownWindows() {
@@ -84,6 +103,8 @@ static void waitInput() {
     while (ppoll(&input, 1, nullptr, &waitSignals) < 0) {
         if (errno != EINTR)
             fatalError("End of input\n");
+        if (endSignal != 0)
+            fatalError("Ended by a signal: %s\n", strsignal(endSignal));
         followResize();
     }
 }
@@ -93,16 +114,27 @@ void CloseWindow::operator()(WINDOW *window) const {
     delwin(window);
 }
 
-void startCurses() {
-    holdResizeSignal();
-    initscr();
-    cursesActive = true;
-    if (LINES < LAYOUT_LINES || COLS < LAYOUT_COLUMNS) {
-        const int columns = COLS, lines = LINES;
+// A terminal that cannot place its cursor shows a stream of text, no screen.
+static void checkTerminal() {
+    const std::string type = termname();
+    const char *placeCursor = tigetstr("cup");
+    const int columns = COLS, lines = LINES;
+    if (!placeCursor || placeCursor == reinterpret_cast<char *>(-1)) {
+        endCurses();
+        fatalError("Terminal type %s cannot place the cursor\n", type.c_str());
+    }
+    if (lines < LAYOUT_LINES || columns < LAYOUT_COLUMNS) {
         endCurses();
         fatalError("Terminal too small: %d columns by %d lines, at least %d by %d needed\n",
                    columns, lines, LAYOUT_COLUMNS, LAYOUT_LINES);
     }
+}
+
+void startCurses() {
+    holdSignals();
+    initscr();
+    cursesActive = true;
+    checkTerminal();
     if (has_colors())
         start_color();
     noecho();

@@ -12,6 +12,8 @@ void writeFile(const fs::path &path, std::string_view text) {
 }
 
 std::string readFile(const fs::path &path) {
+    if (!fs::is_regular_file(path))
+        return "";
     std::ifstream stream(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }

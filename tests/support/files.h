@@ -8,6 +8,7 @@
 // Writes a file, making its folders first. `path` is relative to the current directory.
 void writeFile(const std::filesystem::path &path, std::string_view text);
 
+// The text of a file; empty without one and for a device.
 std::string readFile(const std::filesystem::path &path);
 
 // A file of tests/data: its path and its text.

@@ -72,8 +72,11 @@ static std::vector<char *> pointersTo(std::vector<std::string> &texts) {
     return pointers;
 }
 
+// A descriptor whose file cannot be opened is closed.
 static void redirect(int descriptor, const char *path) {
-    dup2(open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666), descriptor);
+    const int file = open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0 || dup2(file, descriptor) < 0)
+        close(descriptor);
 }
 
 bool canEnterPrivateRoot() { // the current directory is entered, but holds no program

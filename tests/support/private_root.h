@@ -24,7 +24,8 @@ struct RunResult {
 bool canEnterPrivateRoot();
 
 // Runs the program without a terminal and with no input; after 30 s SIGALRM ends it. Its output
-// goes through the files "output" and "errors" in the current directory.
+// goes through the files "output" and "errors" in the current directory; what stands there as a
+// link that leads nowhere is closed.
 RunResult runInPrivateRoot(const std::filesystem::path &root, const Arguments &arguments,
                            const Settings &settings, User user);
 

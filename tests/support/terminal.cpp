@@ -105,7 +105,7 @@ void TerminalTest::start(const Arguments &arguments, const Settings &settings) {
         login_tty(slave);
         if (errorsToFile)
             dup2(open("errors", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDERR_FILENO);
-        std::signal(SIGHUP, SIG_IGN);
+        std::signal(SIGHUP, hangsUp ? SIG_DFL : SIG_IGN);
         executeInPrivateRoot("root", arguments, settings, User::ROOT);
     }
     settle("the start");

@@ -40,7 +40,7 @@ class TerminalTest : public TempDirTest {
 
     void resize(unsigned short newLines, unsigned short newColumns);
 
-    // Takes the terminal away: the program, without SIGHUP as under nohup, reads an end of input.
+    // Takes the terminal away: the program reads an end of input.
     void closeInput();
 
     // Ends the program if it still runs.
@@ -59,9 +59,11 @@ class TerminalTest : public TempDirTest {
     std::pair<int, int> cursor() const; // row, column
 
     unsigned short lines = 24, columns = 80; // size of the terminal that start() makes
+    bool hangsUp = false;      // the program gets SIGHUP; else it is ignored, as under nohup
     bool errorsToFile = false; // standard error goes to the file "errors", not to the terminal
     std::string output;        // all bytes that the terminal got since start()
     pid_t program = 0;         // 0: none was started
+    int slave = -1;            // the program's end of the terminal
 
   private:
     void settle(const std::string &cause);
@@ -70,6 +72,5 @@ class TerminalTest : public TempDirTest {
 
     std::unique_ptr<VTerm, decltype(&vterm_free)> emulator{nullptr, vterm_free};
     int master = -1;
-    int slave = -1;            // kept open to look into the program's input queue
     std::optional<int> status; // set once the program has ended
 };

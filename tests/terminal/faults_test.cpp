@@ -1,10 +1,18 @@
 // What ends a run: the message on standard error, the exit status and the files left behind.
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <termios.h>
+
+#include <csignal>
+#include <cstring>
 
 #include "support/terminal.h"
 
 namespace fs = std::filesystem;
+
+// To a wait through curses, on the first screen and in a menu, and to one past it, in a prompt.
+static constexpr const char *WAITING_KEYS[] = {"", "<Enter>", "<Enter><Down><Enter><Enter>"};
 
 static std::string fatal(const std::string &message) {
     return "\nFatal error:\n" + message + "\n\n";
@@ -122,7 +130,7 @@ TEST_F(FaultsTest, AMessageIsPaintedOverByTheNextDrawing) {
                           "     {b: 640 x  480,      256 colors at 60 Hz}\n\n");
 }
 
-TEST_F(FaultsTest, ASmallTerminalAndTheEndOfInput) {
+TEST_F(FaultsTest, AnUnfitTerminalAndTheEndOfInput) {
     errorsToFile = true;
     lines = 23;
     start();
@@ -130,12 +138,63 @@ TEST_F(FaultsTest, ASmallTerminalAndTheEndOfInput) {
     EXPECT_EQ(readFile("errors"),
               fatal("Terminal too small: 80 columns by 23 lines, at least 80 by 24 needed"));
     lines = 24;
-    for (const char *keys : {"", "<Enter>", "<Enter><Down><Enter><Enter>"}) {
-        start();
-        press(keys);
-        closeInput();
-        EXPECT_EQ(exitStatus(), 1) << keys;
-        EXPECT_EQ(readFile("errors"), fatal("End of input")) << keys;
-    }
+    start({}, {"TERM=dumb"});
+    EXPECT_EQ(exitStatus(), 1);
+    EXPECT_EQ(readFile("errors"), fatal("Terminal type dumb cannot place the cursor"));
+    for (const char *keys : WAITING_KEYS)
+        for (const bool hangUp : {false, true}) {
+            hangsUp = hangUp;
+            start();
+            press(keys);
+            closeInput();
+            EXPECT_EQ(exitStatus(), 1) << keys;
+            const std::string text = readFile("errors");
+            EXPECT_TRUE(text == fatal("End of input") ||
+                        (hangUp && text == fatal("Ended by a signal: Hangup")))
+                << text;
+        }
     EXPECT_EQ(readFile(config), CONFIG_TEXT);
+    rusage used = {};
+    getrusage(RUSAGE_CHILDREN, &used);
+    EXPECT_LT(used.ru_utime.tv_sec + used.ru_stime.tv_sec, 2); // s, of eight runs
+}
+
+TEST_F(FaultsTest, ASignalEndsTheRunAndGivesTheTerminalBack) {
+    errorsToFile = true;
+    for (const char *keys : WAITING_KEYS)
+        for (const int number : {SIGINT, SIGTERM}) {
+            start();
+            press(keys);
+            termios modes = {};
+            tcgetattr(slave, &modes);
+            EXPECT_FALSE(modes.c_lflag & ICANON);
+            kill(program, number);
+            EXPECT_EQ(exitStatus(), 1);
+            EXPECT_EQ(readFile("errors"),
+                      fatal(std::string("Ended by a signal: ") + strsignal(number)));
+            tcgetattr(slave, &modes);
+            EXPECT_TRUE(modes.c_lflag & ICANON && modes.c_lflag & ECHO && modes.c_oflag & OPOST);
+            EXPECT_NE(output.find("\033[?1049l"), output.npos);
+        }
+    EXPECT_EQ(readFile(config), CONFIG_TEXT);
+}
+
+TEST_F(FaultsTest, LostOutputIsAnErrorAndNeverEndsUpInAFile) {
+    const fs::path page = root / "tmp/page";
+    writeFile(root / "usr/lib/X11/Korvel/scrconf/CardInfo", "Orphan\nClass vga\nSome card\n");
+    const auto runInto = [&](const char *name, const char *target, const Arguments &arguments) {
+        for (const char *file : {"output", "errors"})
+            fs::remove(file);
+        fs::create_symlink(target, name);
+        return run(arguments);
+    };
+    EXPECT_EQ(runInto("output", "/dev/full", {"-lt"}).errors,
+              "Card Orphan has no class: ignored\n"
+              "standard output: No space left on device\n");
+    for (const std::string name : {"output", "errors"}) { // closed
+        const RunResult result = runInto(name.c_str(), "missing/file", {"-lh", "/tmp/page"});
+        EXPECT_EQ(result.status, name == "output" ? 1 : 0);
+        const std::string text = readFile(page);
+        EXPECT_TRUE(text.starts_with("<HTML>") && text.ends_with("</HTML>\n")) << text;
+    }
 }

@@ -143,6 +143,17 @@ TEST_F(SaveFaultsTest, KilledAtEachCallAcrossFileSystems) {
     failEachCall("/mnt/Xconfig", ":signal=SIGKILL");
 }
 
+TEST_F(SaveFaultsTest, ASignalWaitsForTheEndOfTheSave) {
+    const fs::path config = root / "etc/X11/Xconfig";
+    writeFile(config, OLD_TEXT);
+    configure("/etc/X11/Xconfig");
+    if (!inject("/^rename:signal=SIGTERM"))
+        GTEST_SKIP() << "no strace, or it may not trace: " << messages();
+    press("<Enter>");
+    EXPECT_EQ(exitStatus(), 0);
+    EXPECT_NE(readFile(config), OLD_TEXT);
+}
+
 TEST_F(SaveFaultsTest, AFullAndAReadOnlyFileSystem) {
     if (!mountOn("mnt", "size=4k") || !mountOn("etc/X11", "size=4k")) // one page, for the old file
         GTEST_SKIP() << "no mounts";
