@@ -131,7 +131,10 @@ void TerminalTest::press(std::string_view keys) {
         const std::string key(keys.substr(0, keys[0] == '<' ? keys.find('>') + 1 : 1));
         keys.remove_prefix(key.size());
         ASSERT_FALSE(ended()) << "the program ended before " << key << "; screen:\n" << screen();
-        send(key.size() == 1 ? key : NAMED_KEYS.at(key));
+        std::string bytes = key.size() == 1 ? key : NAMED_KEYS.at(key);
+        if (key == "<Up>" || key == "<Down>")
+            bytes[1] = arrows;
+        send(bytes);
     }
 }
 

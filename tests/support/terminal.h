@@ -49,6 +49,8 @@ class TerminalTest : public TempDirTest {
     // Waits until `done`; past 10 s the test fails for `complaint`.
     void waitUntil(const std::function<bool()> &done, const std::string &complaint);
 
+    bool ended();
+
     // Waits for the end of the program; its exit status as a shell gives it.
     int exitStatus();
 
@@ -59,6 +61,7 @@ class TerminalTest : public TempDirTest {
     std::pair<int, int> cursor() const; // row, column
 
     unsigned short lines = 24, columns = 80; // size of the terminal that start() makes
+    char arrows = 'O';         // the second byte of an arrow key; on a Linux console '['
     bool hangsUp = false;      // the program gets SIGHUP; else it is ignored, as under nohup
     bool errorsToFile = false; // standard error goes to the file "errors", not to the terminal
     std::string output;        // all bytes that the terminal got since start()
@@ -68,7 +71,6 @@ class TerminalTest : public TempDirTest {
   private:
     void settle(const std::string &cause);
     bool feed(int wait);
-    bool ended();
 
     std::unique_ptr<VTerm, decltype(&vterm_free)> emulator{nullptr, vterm_free};
     int master = -1;

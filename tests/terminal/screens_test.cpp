@@ -1,4 +1,11 @@
 // The screens one by one, on small data files of their own.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <random>
+
 #include "support/terminal.h"
 
 namespace fs = std::filesystem;
@@ -190,23 +197,82 @@ TEST_F(ScreensTest, AnAnswerMayBeLongerThanItsDialog) {
     EXPECT_TRUE(readFile(config).starts_with("Mouse Microsoft /dev/aab\n"));
 }
 
-TEST_F(ScreensTest, AResizeLosesNothing) {
+// On each type and at each size every screen is the same, and a shrinking terminal loses nothing.
+TEST_F(ScreensTest, TerminalTypesAndSizes) {
+    std::vector<std::string> expected;
+    for (const char *type : {"TERM=xterm-256color", "TERM=linux", "TERM=vt100"})
+        for (const bool large : {false, true}) {
+            SCOPED_TRACE(std::string(type) + (large ? ", large" : ""));
+            const unsigned short height = large ? 50 : 24, width = large ? 132 : 80;
+            lines = height, columns = width;
+            arrows = type == std::string("TERM=linux") ? '[' : 'O';
+            start({}, {type});
+            std::vector<std::string> seen;
+            for (const char *keys :
+                 {"", "<Enter>", "<Enter>", "<Enter><Space><Down><Space>", "<Enter>",
+                  "<Enter>p<Down><Enter>", "<Enter>/dev/x", "<Enter>"}) {
+                press(keys);
+                const std::string before = screen();
+                const auto place = cursor();
+                resize(5, 20);
+                resize(1, 1);
+                resize(height, width);
+                EXPECT_EQ(screen(), before);
+                EXPECT_EQ(cursor(), place);
+                seen.push_back(rows(0, 23));
+            }
+            EXPECT_EQ(seen, expected.empty() ? seen : expected);
+            expected = seen;
+        }
+    lines = 24, columns = 80, arrows = 'O';
     start();
-    for (const char *keys :
-         {"", "<Enter>", "<Enter>", "<Enter><Space><Down>", "p<Down><Enter><Enter>/dev/x"}) {
-        press(keys);
-        const std::string before = screen();
-        const auto place = cursor();
-        resize(5, 20);
-        resize(1, 1);
-        resize(24, 80);
-        EXPECT_EQ(screen(), before);
-        EXPECT_EQ(cursor(), place);
-    }
     press("<Enter>");
     resize(10, 40);
-    press("<Up><Enter>p"); // drawn on a terminal that is too small
+    press("<Down><Enter>p"); // drawn on a terminal that is too small
     resize(30, 100);
     EXPECT_EQ(rows(2, 2),
               "  Current Korvel-X Configuration for screen 1 of 3 (X Screen Number :0.0)\n");
+}
+
+TEST_F(ScreensTest, NumbersAreTheSameInEveryLocale) {
+    const std::string folder = "root/usr/lib/locale/de_DE.utf8";
+    if (std::system(("localedef -i de_DE -f UTF-8 " + folder).c_str()) != 0)
+        GTEST_SKIP() << "no locale with decimal commas: " << messages();
+    start({}, {"LC_ALL=de_DE.UTF-8"});
+    press("<Enter><Enter><Down><Down><Down><Enter><Enter>"); // the card of one mode
+    press("<Down><Down><Enter>");
+    EXPECT_EQ(exitStatus(), 0);
+    EXPECT_NE(readFile(config).find("\" 25.0 0 "), std::string::npos) << readFile(config);
+}
+
+// Keys by chance, most of them with an effect and few that lead out. They cannot save: another save
+// seems to run.
+TEST_F(ScreensTest, AFloodOfKeys) {
+    static constexpr int KEYS = 100'000, AT_ONCE = 100;
+    static constexpr std::string_view COMMON[] = {"\033OA", "\033OA", "\033OA", "\033OA",
+                                                  "\033OB", "\r",     " ",      "\b"};
+    const std::string before = readFile(config);
+    writeFile(korvel / "DisplayConfig/gone/config", "Modes\n");
+    const int lock = open((directory / "root/etc/X11").c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    std::mt19937 random(1);
+    const auto chanceKey = [&random]() -> std::string {
+        const auto byte = static_cast<char>(random());
+        const bool out = (byte == 'p' || byte == 'P') && random() % 16 != 0;
+        return out || random() % 8 != 0 ? std::string(COMMON[random() % std::size(COMMON)])
+                                        : std::string(1, byte);
+    };
+    for (int sent = 0; sent < KEYS;) {
+        start();
+        for (; !ended() && sent < KEYS; sent += AT_ONCE) {
+            std::string keys;
+            for (int n = 0; n < AT_ONCE; n++)
+                keys += chanceKey();
+            send(keys);
+        }
+        ASSERT_EQ(ended() ? exitStatus() : 0, 0) << screen();
+    }
+    close(lock);
+    EXPECT_EQ(readFile(config), before);
+    EXPECT_FALSE(fs::exists(directory / "root/etc/X11/Xconfig.tmp"));
 }
