@@ -30,8 +30,8 @@ struct ScreenConfig {
     std::vector<int> selection;    // chosen modes as positions in `modes`, from 1
     std::int32_t virtualWidth = 0; // pixels; 0: not known
     std::int32_t virtualHeight = 0;
-    std::int32_t depth = 0;             // bits per pixel; 0: not known
-    std::unique_ptr<CardEntry> ownCard; // what the section says
+    std::int32_t depth = 0;                       // bits per pixel; 0: not known
+    std::unique_ptr<CardEntry> ownCard = nullptr; // what the section says
 };
 
 extern std::array<ScreenConfig, SCREEN_MAX> screens;
