@@ -35,19 +35,26 @@ struct MemcheckTest : TerminalTest {
 };
 
 TEST_F(MemcheckTest, AnInteractiveRun) {
-    fs::copy_file(SCRCONF_SOURCE_DIR "/data/sample/Xconfig", root / "etc/X11/Xconfig");
+    const fs::path korvel = root / "usr/lib/X11/Korvel", config = root / "etc/X11/Xconfig";
+    fs::copy_file(SCRCONF_SOURCE_DIR "/data/sample/Xconfig", config);
+    writeFile(korvel / "scrconf/CardInfo", "Class x\nOne\nOther\n: CardLine\n");
+    writeFile(korvel / "DisplayConfig/x/config", "Driver x\nModes\n"
+                                                 "640 480 8 60 \"640x480@60\"\n: ModeLine\n"
+                                                 "800 600 8 60 40 word 18\n"
+                                                 "800 600 16 60 40 1 2 3 4 5 6 7 8\n");
     start();
     press("<Enter><Enter><Enter>P");                          // leaves the modes of a card again
-    press("<Enter><Down><Down><Down><Enter><Enter>P");        // and its virtual sizes
+    press("<Enter><Enter><Enter>P");                          // and its virtual sizes
     press("<Enter><Enter><Space><Down><Down><Space><Enter>"); // two depths: asked again
     press("<Enter><Space><Down><Space><Enter>");
-    press("<Enter><Down><Down><Down><Enter><Enter><Down><Enter>"); // another card after all
-    press("<Down><Enter><Down><Enter>x<Backspace>/dev/mine<Enter>");
+    press("<Enter><Down><Enter><Enter><Down><Enter>"); // the other card after all
+    press("<Down><Enter><Enter>x<Backspace>/dev/mine<Enter>");
     press("<Down><Enter>");
     EXPECT_EQ(exitStatus(), 0);
     EXPECT_EQ(log(), "");
-    EXPECT_NE(readFile(root / "etc/X11/Xconfig").find("Mouse MouseSystems /dev/mine\nButtons 3\n"),
-              std::string::npos);
+    const std::string saved = readFile(config);
+    EXPECT_NE(saved.find("\nMouse Microsoft /dev/mine\n"), saved.npos) << saved;
+    EXPECT_NE(saved.find("Card Other\nCardLine\nModeLine\nVirtual 800 600\n"), saved.npos) << saved;
 }
 
 TEST_F(MemcheckTest, TheCommands) {
