@@ -1,6 +1,4 @@
 // The screen sections of the configuration: read, saved unchanged and read again.
-#include <sys/stat.h>
-
 #include "config/config_lines.h"
 #include "config/config_writer.h"
 #include "config/lists.h"
@@ -71,7 +69,8 @@ void checkInput(std::string_view input) {
     if (sections == screenCount) { // a "Driver" without a blank divides the copy only
         freeList(configLines);
         configLines = readConfigLines(configPath);
-        writeConfig();
+        configState = fileState(configPath);
+        require(writeConfig() == SaveResult::Saved, "the configuration is saved");
         require(readFile(configPath).ends_with("\n\n\n" + copy), "unchanged sections are kept");
         std::ranges::for_each(screens, freeModes);
         require(readScreens(input.size()) == shown, "the screens that are saved are read again");
