@@ -7,10 +7,7 @@
 #include <optional>
 #include <string_view>
 
-// ASCII white space, whatever the locale.
-inline constexpr std::string_view SCAN_WHITE_SPACE = " \t\n\v\f\r";
-
-// `text` without the white space at its front.
+// `text` without the white space at its front: that of ASCII, whatever the locale.
 std::string_view skipWhiteSpace(std::string_view text);
 
 // "%d": a decimal integer with an optional sign. Of a number beyond 32 bits the low 32 bits count.

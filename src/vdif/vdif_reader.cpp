@@ -31,6 +31,7 @@ struct VdifReader {
     VdifScanner scanner;
     MonitorDescription description;
     bool establishedGiven = false; // the file says which timings of the library it wants
+    std::size_t nextField = 0;     // entry of timingFieldTable that is tried first
 };
 
 struct VdifSection {
@@ -243,12 +244,17 @@ static VdifState readLimits(VdifReader &reader) {
     return enterSection(reader, {SECTION_TIMING, SECTION_ESTABLISHED});
 }
 
-// The field whose key comes next; null when no key of a timing does.
+// The field whose key comes next; null when no key of a timing does. Most files keep to the order
+// of the table, so the search begins behind the field found last.
 static const KeyedField *expectTimingField(VdifReader &reader) {
-    const auto found = std::ranges::find_if(timingFieldTable, [&reader](const KeyedField &entry) {
-        return expectKey(reader.scanner, entry.key);
-    });
-    return found != std::end(timingFieldTable) ? found : nullptr;
+    constexpr std::size_t count = std::size(timingFieldTable);
+    for (std::size_t tried = 0; tried < count; tried++) {
+        const KeyedField &entry = timingFieldTable[reader.nextField];
+        reader.nextField = (reader.nextField + 1) % count;
+        if (expectKey(reader.scanner, entry.key))
+            return &entry;
+    }
+    return nullptr;
 }
 
 static VdifState readTiming(VdifReader &reader) {
@@ -277,7 +283,7 @@ static VdifState readEstablished(VdifReader &reader) {
         const auto timing =
             defaultDescription ? findTiming(*defaultDescription, *name) : std::nullopt;
         if (!timing) {
-            showMessage("Can't find established timing %s\n", name->c_str());
+            showMessage("Can't find established timing %s\n", std::string(*name).c_str());
             return STATE_FINISHED;
         }
         copyTiming(reader.description, *timing);

@@ -8,7 +8,8 @@
 #include "frame/messages.h"
 #include "frame/text_scanner.h"
 
-enum class ByteClass : std::uint8_t { Invalid, LineEnd, Separator, Quote, Single, Slash, Word };
+// The first two stand between tokens.
+enum class ByteClass : std::uint8_t { LineEnd, Separator, Invalid, Quote, Single, Slash, Word };
 
 static constexpr std::string_view VDIF_LINE_ENDS("\0\n", 2);
 
@@ -22,7 +23,8 @@ static constexpr std::array<ByteClass, 256> makeByteClasses() {
         {".0123456789[]_", ByteClass::Word},
         {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz", ByteClass::Word},
     };
-    std::array<ByteClass, 256> classes{};
+    std::array<ByteClass, 256> classes;
+    classes.fill(ByteClass::Invalid);
     for (const auto &[bytes, byteClass] : members)
         for (const char byte : bytes)
             classes[static_cast<std::uint8_t>(byte)] = byteClass;
@@ -32,9 +34,19 @@ static constexpr std::array<ByteClass, 256> BYTE_CLASSES = makeByteClasses();
 
 static ByteClass classOf(char byte) { return BYTE_CLASSES[static_cast<std::uint8_t>(byte)]; }
 
-static char upperCase(char byte) {
+static constexpr char upperCase(char byte) {
     return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
 }
+
+// What a byte becomes in a word; NUL for one that ends it.
+static constexpr std::array<char, 256> makeWordBytes() {
+    std::array<char, 256> bytes{};
+    for (std::size_t byte = 0; byte < bytes.size(); byte++)
+        if (BYTE_CLASSES[byte] == ByteClass::Word || BYTE_CLASSES[byte] == ByteClass::Slash)
+            bytes[byte] = upperCase(static_cast<char>(byte));
+    return bytes;
+}
+static constexpr std::array<char, 256> WORD_BYTES = makeWordBytes();
 
 // True when two slashes, which begin a comment, stand at the position.
 static bool beginsComment(std::string_view text, std::size_t position) {
@@ -49,47 +61,57 @@ static VdifToken scanQuoted(std::string_view text, std::size_t open) {
         close = text.find('"', close + 1);
     const std::size_t end = std::min(close, text.size());
     const std::string_view bytes = text.substr(open + 1, end - open - 1).substr(0, VDIF_TOKEN_MAX);
-    return {std::string(bytes.substr(0, bytes.find('\0'))), std::min(end + 1, text.size())};
+    return {bytes.substr(0, bytes.find('\0')), std::min(end + 1, text.size())};
 }
 
-// The word whose first character stands at `position`.
-static VdifToken scanUnquoted(std::string_view text, std::size_t position) {
-    std::string word;
-    while (position < text.size()) {
-        const ByteClass byteClass = classOf(text[position]);
-        if (byteClass != ByteClass::Word && byteClass != ByteClass::Slash)
+// The word whose first character stands at `begin`. Its letters become upper case in the text,
+// whose closing NUL ends a word as well.
+static VdifToken scanUnquoted(std::string &text, std::size_t begin) {
+    char *end = text.data() + begin;
+    for (;; end++) {
+        const char byte = WORD_BYTES[static_cast<std::uint8_t>(*end)];
+        if (byte == '\0' || (byte == '/' && end[1] == '/'))
             break;
-        if (beginsComment(text, position))
-            break;
-        if (word.size() < VDIF_TOKEN_MAX)
-            word.push_back(upperCase(text[position]));
+        *end = byte;
+    }
+    const auto length = static_cast<std::size_t>(end - text.data()) - begin;
+    return {std::string_view(text).substr(begin, std::min(length, VDIF_TOKEN_MAX)), begin + length};
+}
+
+static std::size_t findLineEnd(std::string_view text, std::size_t position) {
+    while (position < text.size() && classOf(text[position]) != ByteClass::LineEnd)
         position++;
-    }
-    return {std::move(word), position};
+    return position;
 }
 
-static VdifToken scanToken(std::string_view text, std::size_t position) {
+// The position of the next byte that neither separates tokens nor belongs to a comment.
+static std::size_t skipToToken(std::string_view text, std::size_t position) {
     while (position < text.size()) {
-        switch (classOf(text[position])) {
-        case ByteClass::Invalid:
-            return {std::nullopt, position + 1};
-        case ByteClass::Single:
-            return {std::string(text.substr(position, 1)), position + 1};
-        case ByteClass::Quote:
-            return scanQuoted(text, position);
-        case ByteClass::Slash:
-        case ByteClass::Word:
-            if (!beginsComment(text, position))
-                return scanUnquoted(text, position);
-            position = std::min(text.find_first_of(VDIF_LINE_ENDS, position), text.size());
-            break;
-        case ByteClass::LineEnd:
-        case ByteClass::Separator:
+        if (classOf(text[position]) <= ByteClass::Separator)
             position++;
+        else if (beginsComment(text, position))
+            position = findLineEnd(text, position);
+        else
             break;
-        }
     }
-    return {std::nullopt, position};
+    return position;
+}
+
+static VdifToken scanToken(std::string &text, std::size_t position) {
+    position = skipToToken(text, position);
+    if (position == text.size())
+        return {std::nullopt, position};
+    switch (classOf(text[position])) {
+    case ByteClass::Slash:
+    case ByteClass::Word:
+        return scanUnquoted(text, position);
+    case ByteClass::Single:
+        return {std::string_view(text).substr(position, 1), position + 1};
+    case ByteClass::Quote:
+        return scanQuoted(text, position);
+    default:
+        return {std::nullopt, position + 1};
+    }
 }
 
 // The next token, not taken yet.
@@ -101,10 +123,10 @@ static const VdifToken &peekToken(VdifScanner &scanner) {
     return scanner.ahead;
 }
 
-std::optional<std::string> nextToken(VdifScanner &scanner) {
-    VdifToken token = peekToken(scanner);
+std::optional<std::string_view> nextToken(VdifScanner &scanner) {
+    const VdifToken &token = peekToken(scanner);
     scanner.position = token.end;
-    return std::move(token.text);
+    return token.text;
 }
 
 bool expectWord(VdifScanner &scanner, std::string_view word) {
@@ -126,13 +148,13 @@ bool expectKey(VdifScanner &scanner, std::string_view key) {
     return true;
 }
 
-std::optional<std::string> readText(VdifScanner &scanner) {
+std::optional<std::string_view> readText(VdifScanner &scanner) {
     return peekToken(scanner).text ? nextToken(scanner) : std::nullopt;
 }
 
 // Field: the unsigned type as wide as the field.
 template <typename Field>
-static VdifValue readValue(VdifScanner &scanner, std::int64_t (*parse)(const std::string &)) {
+static VdifValue readValue(VdifScanner &scanner, std::int64_t (*parse)(std::string_view)) {
     const auto token = readText(scanner);
     return token ? VdifValue(static_cast<Field>(parse(*token))) : std::nullopt;
 }
@@ -170,16 +192,17 @@ VdifValue readDate(VdifScanner &scanner) {
     return date;
 }
 
-std::int64_t parseNumber(const std::string &token) {
+std::int64_t parseNumber(std::string_view token) {
     const bool hexadecimal = token.size() > 1 && upperCase(token[1]) == 'X';
-    return std::strtoll(token.c_str(), nullptr, hexadecimal ? 16 : 10);
+    return hexadecimal ? std::strtoll(std::string(token).c_str(), nullptr, 16)
+                       : scanInt(token).value_or(0);
 }
 
-std::int64_t parseScaled(const std::string &token) {
+std::int64_t parseScaled(std::string_view token) {
     std::string_view rest = token;
     const auto whole = scanInt(rest);
     if (!whole) {
-        showMessage("Invalid Scaled Int %s\n", token.c_str());
+        showMessage("Invalid Scaled Int %s\n", std::string(token).c_str());
         return 0;
     }
     std::int64_t value = std::int64_t{*whole} * 1000;
@@ -193,10 +216,10 @@ std::int64_t parseScaled(const std::string &token) {
     return value;
 }
 
-std::uint8_t lookupName(std::span<const VdifName> table, const std::string &name) {
+std::uint8_t lookupName(std::span<const VdifName> table, std::string_view name) {
     const auto found = std::ranges::find(table, name, &VdifName::name);
     if (found != table.end())
         return found->value;
-    showMessage("Token %s not found\n", name.c_str());
+    showMessage("Token %s not found\n", std::string(name).c_str());
     return 0;
 }

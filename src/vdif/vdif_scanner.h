@@ -19,12 +19,12 @@
 inline constexpr std::size_t VDIF_TOKEN_MAX = 127; // bytes; the rest of a longer token is dropped
 
 struct VdifToken {
-    std::optional<std::string> text; // none: no token stands here
-    std::size_t end = 0;             // where scanning goes on behind it
+    std::optional<std::string_view> text; // none: no token stands here
+    std::size_t end = 0;                  // where scanning goes on behind it
 };
 
 struct VdifScanner {
-    std::string text;         // the whole file
+    std::string text;         // the whole file; tokens refer to it, words become upper case in it
     std::size_t position = 0; // of the first byte not taken yet
     VdifToken ahead = {};     // the token found from `aheadFrom` on, so that it is scanned once
     std::size_t aheadFrom = std::string::npos;
@@ -32,7 +32,7 @@ struct VdifScanner {
 
 // Takes the next token; none at the end of the text and, the byte being taken, at a byte that no
 // token begins with.
-std::optional<std::string> nextToken(VdifScanner &scanner);
+std::optional<std::string_view> nextToken(VdifScanner &scanner);
 
 // The operations below take nothing when they fail.
 
@@ -46,7 +46,7 @@ bool expectKey(VdifScanner &scanner, std::string_view key);
 using VdifValue = std::optional<std::uint64_t>;
 
 // The next token as a text; none without a token.
-std::optional<std::string> readText(VdifScanner &scanner);
+std::optional<std::string_view> readText(VdifScanner &scanner);
 
 // The next token by parseNumber, 8 or 16 bits.
 VdifValue readInt8(VdifScanner &scanner);
@@ -61,11 +61,11 @@ VdifValue readDate(VdifScanner &scanner);
 
 // A decimal or, with an x as second character, hexadecimal integer; what follows it is ignored and
 // a token without digits is 0.
-std::int64_t parseNumber(const std::string &token);
+std::int64_t parseNumber(std::string_view token);
 
 // A decimal number in thousandths; further decimals are dropped: 31.4699 is 31469. A token that
 // does not begin with an integer is reported and 0.
-std::int64_t parseScaled(const std::string &token);
+std::int64_t parseScaled(std::string_view token);
 
 struct VdifName {
     std::string_view name;
@@ -73,4 +73,4 @@ struct VdifName {
 };
 
 // The value of the first entry of this name; a name that is not in the table is reported and 0.
-std::uint8_t lookupName(std::span<const VdifName> table, const std::string &name);
+std::uint8_t lookupName(std::span<const VdifName> table, std::string_view name);

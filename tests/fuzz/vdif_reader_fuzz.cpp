@@ -28,7 +28,7 @@ static std::optional<std::string> quoteTokens(std::string_view text) {
     while (const auto token = nextToken(scanner)) {
         if (token->ends_with('\\'))
             return std::nullopt;
-        quoted += "\"" + *token + "\"\n";
+        quoted.append("\"").append(*token).append("\"\n");
     }
     return quoted;
 }

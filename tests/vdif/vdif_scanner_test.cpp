@@ -10,7 +10,7 @@ static std::vector<std::string> tokens(std::string text) {
     VdifScanner scanner{.text = std::move(text)};
     std::vector<std::string> found;
     while (const auto token = nextToken(scanner))
-        found.push_back(*token);
+        found.emplace_back(*token);
     return found;
 }
 
