@@ -4,10 +4,14 @@
 
 #include <algorithm>
 #include <concepts>
+#include <cstddef>
 #include <cstdio>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+inline constexpr std::size_t LIST_NUMBER_WIDTH = 3; // characters; larger numbers take more
 
 template <typename Record>
 concept ListRecord = requires(Record record) {
@@ -73,9 +77,12 @@ template <NamedRecord Record> void sortListByName(Record *&head) { sortList(head
 // Writes one line per record to standard output, numbered from 1. Of a name with a ":" only the
 // text after the first one is shown.
 template <NamedRecord Record> void printNumberedList(const Record *head) {
+    std::string line;
     for (int number = 1; head; head = head->next, number++) {
         const std::string_view name = head->name;
-        const std::string_view shown = name.substr(name.find(':') + 1);
-        std::printf("%3d. %.*s\n", number, static_cast<int>(shown.size()), shown.data());
+        const std::string digits = std::to_string(number);
+        line.assign(LIST_NUMBER_WIDTH - std::min(LIST_NUMBER_WIDTH, digits.size()), ' ');
+        line.append(digits).append(". ").append(name.substr(name.find(':') + 1)).push_back('\n');
+        std::fwrite(line.data(), 1, line.size(), stdout);
     }
 }

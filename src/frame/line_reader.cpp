@@ -6,7 +6,7 @@
 
 #include "frame/messages.h"
 
-static constexpr std::size_t READER_BLOCK_SIZE = 65536; // bytes; far above every piece size
+static constexpr std::size_t READER_BLOCK_SIZE = 16384; // bytes; far above every piece size
 
 // Moves the rest of the block to its front and fills the space behind it.
 static void fillBlock(LineReader &reader) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "config/lists.h"
 #include "frame/line_reader.h"
@@ -28,7 +29,8 @@ static void finishCard(CardReader &reader) {
     if (!reader.pending)
         return;
     if (reader.cardClass)
-        cardList = new CardEntry{cardList, *reader.pending, *reader.cardClass, takeExtraLines(), 0};
+        cardList = new CardEntry{cardList, std::move(*reader.pending), *reader.cardClass,
+                                 takeExtraLines(), 0};
     else
         showMessage("Card %s has no class: ignored\n", reader.pending->c_str());
     reader.pending.reset();
