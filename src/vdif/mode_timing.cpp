@@ -29,7 +29,7 @@ int fitsOperationalLimits(VdifBlock limits, VdifBlock timing) {
         {value(PixelClock) > limit(MaxPixelClock), "Above Maximum Bandwidth\n"},
     };
     if (tracing())
-        showMessage("Test: Mode %s \n", timingName(*defaultDescription, timing).c_str());
+        showMessage("Test: Mode %s \n", timingName(*defaultDescription, timing).data());
     int failures = 0;
     for (const auto &[failed, message] : tests) {
         failures += failed;
@@ -58,7 +58,7 @@ void checkTimingConsistency(const MonitorDescription &description, VdifBlock tim
                                 << 1;
     if (errors != 0)
         showMessage("PreAdjustedTiming %s: error number %u\n",
-                    timingName(description, timing).c_str(), errors);
+                    timingName(description, timing).data(), errors);
 }
 
 static int roundUpTo8(std::uint64_t pixels) { return static_cast<int>((pixels + 7) / 8 * 8); }

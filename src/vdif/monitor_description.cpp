@@ -1,6 +1,8 @@
 #include "vdif/monitor_description.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
 
 static constexpr std::string_view VDIF_ID = "VDIF"; // the first bytes of every image
 static constexpr std::size_t VDIF_HEADER_SIZE = 116, VDIF_LIMITS_SIZE = 64, VDIF_TIMING_SIZE = 72;
@@ -63,7 +65,8 @@ std::size_t addLimits(MonitorDescription &description) {
 }
 
 std::size_t addTiming(MonitorDescription &description) {
-    return addTiming(description, std::string(VDIF_TIMING_SIZE, '\0'));
+    static constexpr std::array<char, VDIF_TIMING_SIZE> empty{};
+    return addTiming(description, VdifBlock(empty.data(), empty.size()));
 }
 
 std::size_t addTiming(MonitorDescription &description, VdifBlock record) {
@@ -74,19 +77,31 @@ std::size_t addTiming(MonitorDescription &description, VdifBlock record) {
     return block;
 }
 
+// The bucket of the first record of this name, or the free one where it would be.
+static std::size_t findBucket(const MonitorDescription &description, std::string_view name) {
+    const auto &buckets = description.timingsByName;
+    std::size_t bucket = std::hash<std::string_view>()(name) % buckets.size();
+    while (buckets[bucket] != 0 &&
+           timingName(description, timingRecord(description, buckets[bucket] - 1)) != name)
+        bucket = (bucket + 1) % buckets.size();
+    return bucket;
+}
+
 void indexTimings(MonitorDescription &description) {
-    description.timingsByName.clear();
-    for (std::size_t index = 0; index < timingCount(description); index++) {
-        const VdifBlock timing = timingRecord(description, index);
-        description.timingsByName.emplace(timingName(description, timing), index);
+    const auto count = static_cast<std::uint32_t>(timingCount(description));
+    description.timingsByName.assign(2 * std::size_t{count} + 1, 0);
+    for (std::uint32_t number = 1; number <= count; number++) {
+        const VdifBlock timing = timingRecord(description, number - 1);
+        auto &bucket =
+            description.timingsByName[findBucket(description, timingName(description, timing))];
+        if (bucket == 0)
+            bucket = number;
     }
 }
 
 std::optional<VdifBlock> findTiming(const MonitorDescription &description, std::string_view name) {
-    const auto found = description.timingsByName.find(std::string(name));
-    if (found == description.timingsByName.end())
-        return std::nullopt;
-    return timingRecord(description, found->second);
+    const std::uint32_t number = description.timingsByName[findBucket(description, name)];
+    return number != 0 ? std::optional(timingRecord(description, number - 1)) : std::nullopt;
 }
 
 std::uint32_t addString(std::string_view text) {
@@ -98,14 +113,14 @@ std::uint32_t addString(std::string_view text) {
     return static_cast<std::uint32_t>(offset);
 }
 
-std::string stringAt(const MonitorDescription &description, std::uint64_t offset) {
+std::string_view stringAt(const MonitorDescription &description, std::uint64_t offset) {
     const std::uint64_t table =
         fieldValue(headerBlock(description), HeaderField::StringTableOffset);
     const std::string_view strings = table != 0 ? description.image : stringPool;
     const std::string_view text = strings.substr(std::min(table + offset, strings.size()));
-    return std::string(text.substr(0, text.find('\0')));
+    return text.substr(0, text.find('\0'));
 }
 
-std::string timingName(const MonitorDescription &description, VdifBlock timing) {
+std::string_view timingName(const MonitorDescription &description, VdifBlock timing) {
     return stringAt(description, fieldValue(timing, TimingField::Preadjustedtimingname));
 }

@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
 // Position in its block and width, both in bytes. A value is stored modulo 256 to the power of the
 // width.
@@ -85,7 +85,9 @@ using VdifBlock = std::string_view;
 
 struct MonitorDescription {
     std::string image;
-    std::unordered_map<std::string, std::size_t> timingsByName; // see indexTimings
+    // Numbers of the records, from 1, each in the bucket of its name's hash or the next free one
+    // behind it; 0: free. Made by indexTimings; empty before.
+    std::vector<std::uint32_t> timingsByName;
 };
 
 extern std::optional<std::string> defaultPath;                       // of the timing library
@@ -125,14 +127,15 @@ std::size_t addTiming(MonitorDescription &description, VdifBlock record);
 // Makes findTiming know the records as they are now; of equal names the first record counts.
 void indexTimings(MonitorDescription &description);
 
-// The first timing record of exactly this name.
+// The first timing record of exactly this name. Needs indexTimings.
 std::optional<VdifBlock> findTiming(const MonitorDescription &description, std::string_view name);
 
 // Adds a text to the string pool and returns its offset.
 std::uint32_t addString(std::string_view text);
 
-// The text of a string field; empty for an offset beyond all strings.
-std::string stringAt(const MonitorDescription &description, std::uint64_t offset);
+// The text of a string field, a NUL behind it; empty for an offset beyond all strings. Valid until
+// a string is added to the pool.
+std::string_view stringAt(const MonitorDescription &description, std::uint64_t offset);
 
 // The name of a timing record, the description's own or one that shares its strings.
-std::string timingName(const MonitorDescription &description, VdifBlock timing);
+std::string_view timingName(const MonitorDescription &description, VdifBlock timing);

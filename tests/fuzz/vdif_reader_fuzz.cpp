@@ -42,7 +42,7 @@ static std::size_t firstOfName(const MonitorDescription &description, const std:
 
 static void checkTimings(const MonitorDescription &description) {
     for (std::size_t index = 0; index < timingCount(description); index++) {
-        const std::string name = timingName(description, timingRecord(description, index));
+        const std::string name(timingName(description, timingRecord(description, index)));
         const auto first = timingRecord(description, firstOfName(description, name));
         require(findTiming(description, name)->data() == first.data(),
                 "a name is that of its first timing");

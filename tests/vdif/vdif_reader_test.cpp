@@ -46,7 +46,7 @@ static std::string timings(const MonitorDescription &description) {
     std::string text;
     for (std::size_t index = 0; index < timingCount(description); index++) {
         const VdifBlock record = timingRecord(description, index);
-        text += timingName(description, record) + " " +
+        text += std::string(timingName(description, record)) + " " +
                 std::to_string(fieldValue(record, TimingField::VerFrequency)) + "\n";
     }
     return text;
