@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <concepts>
 #include <cstddef>
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "frame/file.h"
+#include "frame/number_text.h"
 
 inline constexpr std::size_t LIST_NUMBER_WIDTH = 3; // characters; larger numbers take more
 
@@ -80,9 +82,9 @@ template <NamedRecord Record> void printNumberedList(const Record *head) {
     std::string line;
     for (int number = 1; head; head = head->next, number++) {
         const std::string_view name = head->name;
-        const std::string digits = std::to_string(number);
-        line.assign(LIST_NUMBER_WIDTH - std::min(LIST_NUMBER_WIDTH, digits.size()), ' ');
-        line.append(digits).append(". ").append(name.substr(name.find(':') + 1)).push_back('\n');
-        std::fwrite(line.data(), 1, line.size(), stdout);
+        line.clear();
+        appendNumber(line, number, LIST_NUMBER_WIDTH);
+        line.append(". ").append(name.substr(name.find(':') + 1)).push_back('\n');
+        writeText(stdout, line);
     }
 }

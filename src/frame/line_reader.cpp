@@ -27,6 +27,7 @@ std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMa
     File file = openForReading(path);
     if (!file)
         return std::nullopt;
+    std::setvbuf(file.get(), nullptr, _IONBF, 0); // the block is the buffer
     return LineReader{std::move(file), path, pieceMax, std::string(READER_BLOCK_SIZE, '\0')};
 }
 

@@ -1,11 +1,14 @@
 #include "hwdb/display_entry.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
+#include <memory>
 #include <span>
+#include <utility>
 
 #include "frame/line_reader.h"
 #include "frame/messages.h"
+#include "frame/number_text.h"
 #include "frame/paths.h"
 #include "frame/text_scanner.h"
 #include "hwdb/extra_lines.h"
@@ -15,6 +18,7 @@ static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
 static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters
 static constexpr std::size_t DISPLAY_TIMING_NAME_MAX = 127; // characters
 static constexpr std::size_t DISPLAY_TEXT_MAX = 255;        // characters of a label or a name
+static constexpr std::size_t DISPLAY_LABEL_USUAL = 56;      // characters of nearly every label
 
 // Texts for the refresh codes -1, -2, ...
 static constexpr std::array<const char *, 4> refreshLabels = {"(Refresh Rate from DOS Install)", "",
@@ -58,30 +62,30 @@ static std::uint32_t scanFlags(std::string_view &text) {
     return static_cast<std::uint32_t>(scanInt(text).value_or(0));
 }
 
-static std::optional<VideoMode> parseFullTiming(std::string_view text) {
-    VideoMode mode;
+static std::unique_ptr<VideoMode> parseFullTiming(std::string_view text) {
+    auto mode = std::make_unique<VideoMode>();
     int clock = 0;
-    const std::array fields = {&clock,           &mode.hDisplay, &mode.hSyncStart,
-                               &mode.hSyncEnd,   &mode.hTotal,   &mode.vDisplay,
-                               &mode.vSyncStart, &mode.vSyncEnd, &mode.vTotal};
+    const std::array fields = {&clock,        &mode->hDisplay, &mode->hSyncStart, &mode->hSyncEnd,
+                               &mode->hTotal, &mode->vDisplay, &mode->vSyncStart, &mode->vSyncEnd,
+                               &mode->vTotal};
     if (!scanInts(text, fields))
-        return std::nullopt;
-    mode.clock = static_cast<float>(clock);
-    mode.flags = scanFlags(text);
+        return nullptr;
+    mode->clock = static_cast<float>(clock);
+    mode->flags = scanFlags(text);
     return mode;
 }
 
-static std::optional<VideoMode> parseTimingWord(std::string_view text, const ModeHead &head) {
+static std::unique_ptr<VideoMode> parseTimingWord(std::string_view text, const ModeHead &head) {
     const auto clock = scanInt(text);
     const auto word = clock ? scanWord(text, DISPLAY_TIMING_WORD_MAX) : std::nullopt;
     if (!word)
-        return std::nullopt;
-    VideoMode mode;
-    mode.hDisplay = head.width;
-    mode.vDisplay = head.height;
-    mode.clock = static_cast<float>(*clock);
-    mode.timingRef = *word;
-    mode.flags = scanFlags(text);
+        return nullptr;
+    auto mode = std::make_unique<VideoMode>();
+    mode->hDisplay = head.width;
+    mode->vDisplay = head.height;
+    mode->clock = static_cast<float>(*clock);
+    mode->timingRef = *word;
+    mode->flags = scanFlags(text);
     return mode;
 }
 
@@ -91,54 +95,62 @@ static bool namesMonitorTiming(std::string_view text) {
     return scanLiteral(text, "\"") && !skipWhiteSpace(text).empty();
 }
 
-// None when the name is not terminated or the monitor description does not have it.
-static std::optional<VideoMode> findMonitorMode(std::string_view line, const std::string &path) {
+// Null when the name is not terminated or the monitor description does not have it.
+static std::unique_ptr<VideoMode> findMonitorMode(std::string_view line, const std::string &path) {
     const auto open = line.find('"'), close = line.rfind('"');
     if (open == close) {
         showMessage("Unterminated timing name in %s: %s\n", path.c_str(), copyLine(line).c_str());
-        return std::nullopt;
+        return nullptr;
     }
     ModeTiming timing;
     const auto name = line.substr(open + 1, close - open - 1).substr(0, DISPLAY_TIMING_NAME_MAX);
     if (!findTimingByName(timing, name))
-        return std::nullopt;
-    VideoMode mode;
-    mode.clock = timing.clock;
-    mode.hDisplay = timing.hDisplay;
-    mode.hSyncStart = timing.hSyncStart;
-    mode.hSyncEnd = timing.hSyncEnd;
-    mode.hTotal = timing.hTotal;
-    mode.vDisplay = timing.vDisplay;
-    mode.vSyncStart = timing.vSyncStart;
-    mode.vSyncEnd = timing.vSyncEnd;
-    mode.vTotal = timing.vTotal;
-    mode.flags = timing.flags;
+        return nullptr;
+    auto mode = std::make_unique<VideoMode>();
+    mode->clock = timing.clock;
+    mode->hDisplay = timing.hDisplay;
+    mode->hSyncStart = timing.hSyncStart;
+    mode->hSyncEnd = timing.hSyncEnd;
+    mode->hTotal = timing.hTotal;
+    mode->vDisplay = timing.vDisplay;
+    mode->vSyncStart = timing.vSyncStart;
+    mode->vSyncEnd = timing.vSyncEnd;
+    mode->vTotal = timing.vTotal;
+    mode->flags = timing.flags;
     return mode;
 }
 
 static std::string refreshText(int refresh) {
     if (refresh >= 0) {
-        char text[32];
-        std::snprintf(text, sizeof text, "at %2d Hz", refresh);
-        return text;
+        std::string text = "at ";
+        appendNumber(text, refresh, 2);
+        return text + " Hz";
     }
     const auto index = static_cast<std::size_t>(-(refresh + 1)); // the code -1 is the first
     return index < refreshLabels.size() ? refreshLabels[index] : "";
 }
 
 static std::string modeLabel(const ModeHead &head, std::uint32_t flags) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%4d x %4d, %8u colors ", head.width, head.height,
-                  colorCount(head.depth));
-    return text + refreshText(head.refresh) + (flags & MODE_INTERLACE ? " Interlaced" : "");
+    std::string label;
+    label.reserve(DISPLAY_LABEL_USUAL);
+    appendNumber(label, head.width, 4);
+    label += " x ";
+    appendNumber(label, head.height, 4);
+    label += ", ";
+    appendNumber(label, colorCount(head.depth), 8);
+    label += " colors ";
+    label += refreshText(head.refresh);
+    label += flags & MODE_INTERLACE ? " Interlaced" : "";
+    return label;
 }
 
 static std::string modeName(const ModeHead &head, std::string_view cardClass,
                             const std::optional<std::string> &timingRef) {
-    std::string name = std::to_string(head.width) + "x" + std::to_string(head.height);
+    std::string name = std::to_string(head.width).append("x").append(std::to_string(head.height));
     if (timingRef)
         name.append(":").append(cardClass).append("/").append(*timingRef);
-    return name.substr(0, DISPLAY_TEXT_MAX);
+    name.resize(std::min(name.size(), DISPLAY_TEXT_MAX));
+    return name;
 }
 
 // The extra lines collected so far belong to the mode before the present line; without one they
@@ -154,7 +166,7 @@ static void settleExtraLines(EntryReader &entry) {
 // Ends what belongs to the mode before and adds the line's own, if it makes one; a line that makes
 // none takes the extra lines behind it along.
 static void finishModeLine(EntryReader &entry, const ModeHead &head,
-                           std::optional<VideoMode> mode) {
+                           std::unique_ptr<VideoMode> mode) {
     settleExtraLines(entry);
     entry.dropExtraLines = !mode;
     if (!mode)
@@ -164,7 +176,7 @@ static void finishModeLine(EntryReader &entry, const ModeHead &head,
     mode->label = modeLabel(head, mode->flags);
     mode->name = modeName(head, entry.card.cardClass, mode->timingRef);
     VideoMode *&link = entry.last ? entry.last->next : entry.head;
-    entry.last = link = new VideoMode(std::move(*mode));
+    entry.last = link = mode.release();
 }
 
 static bool beginsWithNumber(std::string_view line) { return scanInt(line).has_value(); }
@@ -177,7 +189,7 @@ static void readModeLine(EntryReader &entry, std::string_view line) {
         finishModeLine(entry, *head, findMonitorMode(line, entry.path));
         return;
     }
-    auto mode = head ? parseFullTiming(text) : std::nullopt;
+    auto mode = head ? parseFullTiming(text) : nullptr;
     if (head && !mode)
         mode = parseTimingWord(text, *head);
     if (mode)
