@@ -104,19 +104,21 @@ static void copyHead(LineReader &document, std::FILE *out) {
 // to the end of that line.
 static void skipTableBody(LineReader &document) {
     long depth = 1; // brackets that are open
-    std::string_view piece;
-    while (tryReadPiece(document, piece)) {
-        for (std::size_t index = 0; index < piece.size() && depth > 0; index++)
-            depth += (piece[index] == '<') - (piece[index] == '>');
-        if (depth == 0 && piece.ends_with('\n'))
-            return;
+    std::string_view text;
+    while (depth > 0 && tryReadBlock(document, text)) {
+        std::size_t index = 0;
+        for (; index < text.size() && depth > 0; index++)
+            depth += (text[index] == '<') - (text[index] == '>');
+        returnBytes(document, text.size() - index);
     }
+    while (tryReadPiece(document, text) && !text.ends_with('\n'))
+        continue;
 }
 
 static void copyRest(LineReader &document, std::FILE *out) {
-    std::string_view piece;
-    while (tryReadPiece(document, piece))
-        writeText(out, piece);
+    std::string_view text;
+    while (tryReadBlock(document, text))
+        writeText(out, text);
 }
 
 // Finishes the new document and puts it in place or removes it; tells what stands then.

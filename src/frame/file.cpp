@@ -22,15 +22,20 @@ std::optional<FileState> fileState(const std::string &path) {
                      status.st_mtim.tv_sec * FILE_SECOND + status.st_mtim.tv_nsec};
 }
 
+// Without O_NONBLOCK the opening of a FIFO would wait for its writer.
 File openForReading(const std::string &path) {
+    File file(nullptr);
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor >= 0)
+        file.reset(fdopen(descriptor, "r"));
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0)
+    if (!file || fstat(descriptor, &status) != 0)
         return nullptr;
-    if (!S_ISREG(status.st_mode)) {
-        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-        return nullptr;
-    }
-    return File(std::fopen(path.c_str(), "re"));
+    if (S_ISREG(status.st_mode))
+        return file;
+    file.reset();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return nullptr;
 }
 
 File createNewFile(const std::string &path) {

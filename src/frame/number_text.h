@@ -8,7 +8,8 @@
 #include <cstdint>
 #include <string>
 
-// Adds a decimal number to `text`, filled up with blanks on its left to at least `width` characters.
+// Adds a decimal number to `text`, filled up with blanks on its left to at least `width`
+// characters.
 inline void appendNumber(std::string &text, std::int64_t number, std::size_t width) {
     std::array<char, 20> digits; // and the sign
     const char *const end = std::to_chars(digits.begin(), digits.end(), number).ptr;

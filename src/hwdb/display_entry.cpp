@@ -120,14 +120,15 @@ static std::unique_ptr<VideoMode> findMonitorMode(std::string_view line, const s
     return mode;
 }
 
-static std::string refreshText(int refresh) {
-    if (refresh >= 0) {
-        std::string text = "at ";
-        appendNumber(text, refresh, 2);
-        return text + " Hz";
-    }
+static void appendRefresh(std::string &label, int refresh) {
     const auto index = static_cast<std::size_t>(-(refresh + 1)); // the code -1 is the first
-    return index < refreshLabels.size() ? refreshLabels[index] : "";
+    if (refresh >= 0) {
+        label += "at ";
+        appendNumber(label, refresh, 2);
+        label += " Hz";
+    } else if (index < refreshLabels.size()) {
+        label += refreshLabels[index];
+    }
 }
 
 static std::string modeLabel(const ModeHead &head, std::uint32_t flags) {
@@ -139,14 +140,18 @@ static std::string modeLabel(const ModeHead &head, std::uint32_t flags) {
     label += ", ";
     appendNumber(label, colorCount(head.depth), 8);
     label += " colors ";
-    label += refreshText(head.refresh);
-    label += flags & MODE_INTERLACE ? " Interlaced" : "";
+    appendRefresh(label, head.refresh);
+    if (flags & MODE_INTERLACE)
+        label += " Interlaced";
     return label;
 }
 
 static std::string modeName(const ModeHead &head, std::string_view cardClass,
                             const std::optional<std::string> &timingRef) {
-    std::string name = std::to_string(head.width).append("x").append(std::to_string(head.height));
+    std::string name;
+    appendNumber(name, head.width, 0);
+    name += 'x';
+    appendNumber(name, head.height, 0);
     if (timingRef)
         name.append(":").append(cardClass).append("/").append(*timingRef);
     name.resize(std::min(name.size(), DISPLAY_TEXT_MAX));
