@@ -1,9 +1,12 @@
 // The save on a machine that fails under it: which file stands afterwards, and what is said.
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "support/terminal.h"
 
@@ -51,23 +54,34 @@ struct SaveFaultsTest : TerminalTest {
         mounts.push_back(folder);
         return true;
     }
-    bool inject(const std::string &fault);
-    bool checkSave(const fs::path &config, const std::string &newText);
-    void failEachCall(const std::string &path, const char *action);
+    void inject(pid_t process, const std::string &fault, const std::vector<std::string> &paths);
+    bool checkOutcome(int result, bool refused, const std::string &text,
+                      const std::string &newText);
+    void failEachCall(const char *action, int least,
+                      const std::function<bool(const std::string &)> &attempt);
+    void failEachCallOfSave(const std::string &path, const char *action);
+    void failEachCallOfUpdate(const char *action);
 
     fs::path root = directory / "root";
     fs::path temporary = root / "etc/X11/Xconfig.tmp";
     std::vector<fs::path> mounts;
     pid_t tracer = 0;
+    bool traced = true;
 };
 
-// Lets strace do `fault` to the program from now on; false where it may not.
-bool SaveFaultsTest::inject(const std::string &fault) {
-    const std::string target = std::to_string(program), rule = "inject=" + fault;
+// Lets strace do `fault` to the process from now on, to calls on `paths` alone if there are any.
+// Where it may not, `traced` becomes false.
+void SaveFaultsTest::inject(pid_t process, const std::string &fault,
+                            const std::vector<std::string> &paths) {
+    const std::string target = std::to_string(process), rule = "inject=" + fault;
+    std::vector<const char *> command = {"strace", "-qq",        "-o", "trace",
+                                         "-e",     rule.c_str(), "-p", target.c_str()};
+    for (const std::string &path : paths)
+        command.insert(command.end(), {"-P", path.c_str()});
+    command.push_back(nullptr);
     tracer = fork();
     if (tracer == 0) {
-        execlp("strace", "strace", "-qq", "-o", "trace", "-e", rule.c_str(), "-p", target.c_str(),
-               nullptr);
+        execvp(command[0], const_cast<char **>(command.data()));
         _exit(1);
     }
     const auto attached = [&] {
@@ -75,79 +89,134 @@ bool SaveFaultsTest::inject(const std::string &fault) {
     };
     waitUntil([&] { return attached() || waitpid(tracer, nullptr, WNOHANG) == tracer; },
               "strace does not attach");
-    return attached();
+    traced = attached();
 }
 
-// Saves under a fault: the old or the new file stands, and the user is told which. False when the
-// fault did not come to pass.
-bool SaveFaultsTest::checkSave(const fs::path &config, const std::string &newText) {
-    press("<Enter>");
-    const bool changed = screen().find(" has changed since it was read") != std::string::npos;
-    if (changed)
-        stop();
-    const int result = changed ? 0 : exitStatus();
+// The old or the new file stands, and the user is told which; `refused`: a notice told that nothing
+// was written. False when the fault did not come to pass.
+bool SaveFaultsTest::checkOutcome(int result, bool refused, const std::string &text,
+                                  const std::string &newText) {
     waitpid(tracer, nullptr, 0);
-    const std::string text = readFile(config), errors = readFile("errors");
+    const std::string errors = readFile("errors");
     const bool isNew = result == STATUS_KILLED ? text == newText
-                       : result == 0           ? !changed
+                       : result == 0           ? !refused
                                                : errors.find(" is in place, ") != errors.npos;
     EXPECT_EQ(text, isNew ? newText : OLD_TEXT) << errors;
-    EXPECT_EQ(errors.starts_with("\nFatal error:\n"), result == 1) << errors;
+    EXPECT_EQ(errors.empty(), result != 1) << errors;
     EXPECT_TRUE(result == 0 || result == 1 || result == STATUS_KILLED) << result;
     return result == STATUS_KILLED || readFile("trace").find("(INJECTED)") != text.npos;
 }
 
-// Lets each call of each kind fail in turn, from the first to the last that a save makes.
-void SaveFaultsTest::failEachCall(const std::string &path, const char *action) {
+// Lets each call of each kind fail in turn, from the first to the last that `attempt` makes; it
+// tells whether the fault came to pass.
+void SaveFaultsTest::failEachCall(const char *action, int least,
+                                  const std::function<bool(const std::string &)> &attempt) {
+    int cases = 0;
+    for (const std::string call : CALLS)
+        for (int n = 1; traced; n++, cases++) {
+            const std::string fault = call + action + ":when=" + std::to_string(n);
+            SCOPED_TRACE(fault);
+            if (!attempt(fault))
+                break;
+        }
+    if (!traced)
+        GTEST_SKIP() << "no strace, or it may not trace: " << messages();
+    EXPECT_GE(cases, least) << "calls are missing in CALLS";
+}
+
+void SaveFaultsTest::failEachCallOfSave(const std::string &path, const char *action) {
     const fs::path config = root / path.substr(1);
     writeFile(config, OLD_TEXT);
     ASSERT_EQ(save(path), 0);
     const std::string newText = readFile(config);
-    std::error_code otherFileSystem;
-    int cases = 0;
-    for (const std::string call : CALLS)
-        for (int n = 1;; n++, cases++) {
-            const std::string fault = call + action + ":when=" + std::to_string(n);
-            SCOPED_TRACE(fault);
-            fs::remove(temporary);
-            writeFile(config, OLD_TEXT);
-            fs::create_hard_link(config, temporary, otherFileSystem); // the worst rest of a save
-            configure(path);
-            if (!inject(fault))
-                GTEST_SKIP() << "no strace, or it may not trace: " << messages();
-            if (!checkSave(config, newText))
-                break;
-            if (!fs::exists(temporary))
-                continue;
+    failEachCall(action, 30, [&](const std::string &fault) {
+        std::error_code otherFileSystem;
+        fs::remove(temporary);
+        writeFile(config, OLD_TEXT);
+        fs::create_hard_link(config, temporary, otherFileSystem); // the worst rest of a save
+        configure(path);
+        inject(program, fault, {});
+        press("<Enter>");
+        const bool changed = screen().find(" has changed since it was read") != std::string::npos;
+        if (changed)
+            stop();
+        const int result = changed ? 0 : exitStatus();
+        if (!checkOutcome(result, changed, readFile(config), newText))
+            return false;
+        if (fs::exists(temporary)) {
             EXPECT_EQ(save(path), 0);
             EXPECT_EQ(readFile(config), newText);
             EXPECT_FALSE(fs::exists(temporary));
         }
-    EXPECT_GE(cases, 30) << "calls that a save makes are no longer among CALLS";
+        return true;
+    });
 }
 
-TEST_F(SaveFaultsTest, EachCallFails) { failEachCall("/etc/X11/Xconfig", ":error=EIO"); }
+// The command has no wait at which it could be attached to: it is stopped before it starts, and
+// the faults are those of calls on the document's folder and the files in it.
+void SaveFaultsTest::failEachCallOfUpdate(const char *action) {
+    const Arguments arguments = {"-l", "/mif/document"};
+    const fs::path document = root / "mif/document";
+    writeFile(document, OLD_TEXT);
+    ASSERT_EQ(run(arguments).status, 0);
+    const std::string newText = readFile(document);
+    failEachCall(action, 15, [&](const std::string &fault) {
+        fs::remove_all(root / "mif");
+        writeFile(document, OLD_TEXT);
+        const pid_t process = fork();
+        if (process == 0) {
+            dup2(open("output", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDOUT_FILENO);
+            dup2(open("errors", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDERR_FILENO);
+            raise(SIGSTOP);
+            executeInPrivateRoot("root", arguments, {}, User::ROOT);
+        }
+        waitpid(process, nullptr, WUNTRACED);
+        std::vector<std::string> paths;
+        const std::string names[] = {"", "/document", "/document." + std::to_string(process)};
+        for (const std::string &name : names) // seen from inside, and through descriptors
+            paths.insert(paths.end(), {"/mif" + name, (root / "mif").string() + name});
+        inject(process, fault, paths);
+        kill(process, SIGCONT);
+        int waitStatus = 0;
+        waitpid(process, &waitStatus, 0);
+        if (!checkOutcome(shellStatus(waitStatus), false, readFile(document), newText))
+            return false;
+        writeFile(document, OLD_TEXT);
+        EXPECT_EQ(run(arguments).status, 0);
+        EXPECT_EQ(readFile(document), newText);
+        return true;
+    });
+}
 
-TEST_F(SaveFaultsTest, KilledAtEachCall) { failEachCall("/etc/X11/Xconfig", ":signal=SIGKILL"); }
+TEST_F(SaveFaultsTest, EachCallOfACatalogueFails) { failEachCallOfUpdate(":error=EIO"); }
+
+TEST_F(SaveFaultsTest, KilledAtEachCallOfACatalogue) { failEachCallOfUpdate(":signal=SIGKILL"); }
+
+TEST_F(SaveFaultsTest, EachCallFails) { failEachCallOfSave("/etc/X11/Xconfig", ":error=EIO"); }
+
+TEST_F(SaveFaultsTest, KilledAtEachCall) {
+    failEachCallOfSave("/etc/X11/Xconfig", ":signal=SIGKILL");
+}
 
 TEST_F(SaveFaultsTest, EachCallFailsAcrossFileSystems) {
     if (!mountOn("mnt", ""))
         GTEST_SKIP() << "no mounts";
-    failEachCall("/mnt/Xconfig", ":error=EIO");
+    failEachCallOfSave("/mnt/Xconfig", ":error=EIO");
     EXPECT_EQ(std::distance(fs::directory_iterator(root / "mnt"), {}), 1);
 }
 
 TEST_F(SaveFaultsTest, KilledAtEachCallAcrossFileSystems) {
     if (!mountOn("mnt", ""))
         GTEST_SKIP() << "no mounts";
-    failEachCall("/mnt/Xconfig", ":signal=SIGKILL");
+    failEachCallOfSave("/mnt/Xconfig", ":signal=SIGKILL");
 }
 
 TEST_F(SaveFaultsTest, ASignalWaitsForTheEndOfTheSave) {
     const fs::path config = root / "etc/X11/Xconfig";
     writeFile(config, OLD_TEXT);
     configure("/etc/X11/Xconfig");
-    if (!inject("/^rename:signal=SIGTERM"))
+    inject(program, "/^rename:signal=SIGTERM", {});
+    if (!traced)
         GTEST_SKIP() << "no strace, or it may not trace: " << messages();
     press("<Enter>");
     EXPECT_EQ(exitStatus(), 0);
@@ -219,17 +288,26 @@ TEST_F(SaveFaultsTest, MemoryRunsOut) {
     fs::copy_file(SCRCONF_SCARCE_MEMORY, root / "usr/sbin/scrconf",
                   fs::copy_options::overwrite_existing);
     writeFile(config, OLD_TEXT);
-    int n = 1;
-    for (int result = 1; !HasFailure(); n++) {
-        SCOPED_TRACE(n);
-        start({}, {"SCARCE_MEMORY=" + std::to_string(n)});
-        send("\r\r\r\r\033OB\033OB\r"); // the card, its first mode, the save
-        if ((result = exitStatus()) == 0)
-            break;
-        EXPECT_EQ(result, 1);
-        EXPECT_EQ(readFile(config), OLD_TEXT);
-        EXPECT_EQ(readFile("errors"), "\nFatal error:\nOut of memory\n\n");
+    writeFile(root / "tmp/document", OLD_TEXT);
+    const auto runCommand = [&](const fs::path &file, const Settings &settings) {
+        if (file != config)
+            return run({"-l", "/tmp/document"}, settings);
+        start({}, settings);
+        send("\r\r\r\r\033OB\033OB\r"); // a card, its first mode, the save
+        return RunResult{exitStatus(), "", readFile("errors")};
+    };
+    for (const fs::path &file : {config, root / "tmp/document"}) {
+        int n = 1;
+        for (; !HasFailure(); n++) {
+            SCOPED_TRACE(n);
+            const RunResult result = runCommand(file, {"SCARCE_MEMORY=" + std::to_string(n)});
+            if (result.status == 0)
+                break;
+            EXPECT_EQ(result.status, 1);
+            EXPECT_EQ(result.errors, "\nFatal error:\nOut of memory\n\n");
+            EXPECT_EQ(readFile(file), OLD_TEXT);
+        }
+        EXPECT_NE(readFile(file), OLD_TEXT);
+        EXPECT_GT(n, 50);
     }
-    EXPECT_NE(readFile(config), OLD_TEXT);
-    EXPECT_GT(n, 50);
 }
