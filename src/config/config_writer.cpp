@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <string_view>
 #include <utility>
@@ -118,22 +120,29 @@ static void writeNewConfig() {
             writeScreenSection(out.get(), screen);
     }
     if (!closeWritten(std::move(out)))
-        fatalError("Cannot write new Xconfig %s\n", CONFIG_TEMP_PATH);
+        fatalError("Cannot write new Xconfig %s: %s\n", CONFIG_TEMP_PATH, std::strerror(errno));
 }
+
+static bool configurationChanged() { return fileState(configPath) != configState; }
 
 SaveResult writeConfig() {
     const fs::path folder = fs::path(CONFIG_TEMP_PATH).parent_path();
     const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!lockDirectory(directory))
         return SaveResult::Busy;
-    if (fileState(configPath) != configState)
+    if (configurationChanged())
         return SaveResult::Changed;
     writeNewConfig();
+    if (configurationChanged()) { // while its sections were copied
+        unlink(CONFIG_TEMP_PATH);
+        return SaveResult::Changed;
+    }
     const Replaced replaced = replaceFile(CONFIG_TEMP_PATH, configPath);
     if (replaced == Replaced::No)
-        fatalError("Cannot install new Xconfig %s\n", configPath.c_str());
+        fatalError("Cannot install new Xconfig %s: %s\n", configPath.c_str(), std::strerror(errno));
     if (replaced == Replaced::Unsynced)
-        fatalError("New Xconfig %s is in place, but not synced to disk\n", configPath.c_str());
+        fatalError("New Xconfig %s is in place, but not synced to disk: %s\n", configPath.c_str(),
+                   std::strerror(errno));
     return SaveResult::Saved;
 }
 

@@ -7,8 +7,6 @@
 #include <cerrno>
 #include <utility>
 
-static constexpr std::int64_t FILE_SECOND = 1'000'000'000; // ns
-
 bool Descriptor::closeNow() {
     const int open = std::exchange(number, -1);
     return open < 0 || close(open) == 0;
@@ -18,24 +16,19 @@ std::optional<FileState> fileState(const std::string &path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0)
         return std::nullopt;
-    return FileState{status.st_dev, status.st_ino, status.st_size,
-                     status.st_mtim.tv_sec * FILE_SECOND + status.st_mtim.tv_nsec};
+    return FileState{status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
+                     status.st_mtim.tv_nsec};
 }
 
-// Without O_NONBLOCK the opening of a FIFO would wait for its writer.
 File openForReading(const std::string &path) {
-    File file(nullptr);
-    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor >= 0)
-        file.reset(fdopen(descriptor, "r"));
     struct stat status = {};
-    if (!file || fstat(descriptor, &status) != 0)
+    if (stat(path.c_str(), &status) != 0)
         return nullptr;
-    if (S_ISREG(status.st_mode))
-        return file;
-    file.reset();
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    return nullptr;
+    if (!S_ISREG(status.st_mode)) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        return nullptr;
+    }
+    return File(std::fopen(path.c_str(), "re"));
 }
 
 File createNewFile(const std::string &path) {

@@ -3,7 +3,6 @@
 
 #include <sys/types.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -28,8 +27,9 @@ struct Descriptor {
 struct FileState {
     dev_t device;
     ino_t inode;
-    off_t size;            // bytes
-    std::int64_t modified; // ns since the epoch
+    off_t size;       // bytes
+    time_t seconds;   // of the last modification, since the epoch
+    long nanoseconds; // of the same
     bool operator==(const FileState &) const = default;
 };
 

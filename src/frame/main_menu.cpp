@@ -18,6 +18,8 @@ enum MainChoice { MAIN_PREVIOUS, MAIN_CARD, MAIN_MOUSE, MAIN_SAVE, MAIN_QUIT };
 static constexpr std::array<std::string_view, 4> MAIN_TEXTS = {
     "Graphics Card", "Mouse", "Save and Exit", "Quit without Saving"};
 
+static constexpr std::size_t MAIN_PATH_MAX = 36; // bytes of the path in a notice
+
 struct MenuItem {
     MenuItem *next = nullptr;
     std::string_view text;
@@ -45,6 +47,13 @@ static bool checkSelection() {
     return false;
 }
 
+// The path or, of one too long for a notice, its end.
+static std::string shortenedPath() {
+    if (configPath.size() <= MAIN_PATH_MAX)
+        return configPath;
+    return "..." + configPath.substr(configPath.size() - (MAIN_PATH_MAX - 3));
+}
+
 // True when the configuration was saved; otherwise a notice has said why it was not.
 static bool saveConfiguration() {
     if (!checkSelection())
@@ -53,7 +62,7 @@ static bool saveConfiguration() {
     if (result == SaveResult::Busy)
         showNotice("Another save is running");
     if (result == SaveResult::Changed)
-        showNotice(configPath + " has changed since it was read");
+        showNotice(shortenedPath() + " has changed since it was read");
     return result == SaveResult::Saved;
 }
 

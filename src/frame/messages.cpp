@@ -34,12 +34,9 @@ bool cursesActive = false;
     va_end(copy);
 }
 
-// True when leaving curses switches away from the screen on which standard error is shown. The
-// lookup wants its name writable; -1 says that the terminal has no such text.
+// True when leaving curses switches away from the screen on which standard error is shown.
 static bool leavingHidesMessages() {
-    static char exitAlternateScreen[] = "rmcup";
-    const char *text = cursesActive ? tigetstr(exitAlternateScreen) : nullptr;
-    return text != nullptr && text != reinterpret_cast<char *>(-1) && isatty(STDERR_FILENO);
+    return cursesActive && isatty(STDERR_FILENO) && terminalHas("rmcup");
 }
 
 void showMessage(const char *format, ...) {
@@ -69,6 +66,11 @@ void systemError(const char *format, ...) {
     va_end(arguments);
     showMessage(": %s\n", std::strerror(reason));
     std::exit(EXIT_FAILURE);
+}
+
+bool terminalHas(const char *capability) {
+    const char *text = tigetstr(capability);
+    return text && text != reinterpret_cast<char *>(-1); // -1: it is no text
 }
 
 void endCurses() {

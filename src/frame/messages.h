@@ -21,6 +21,9 @@ extern bool cursesActive;
 // does, and ends the process with status 1.
 [[noreturn, gnu::format(printf, 1, 2)]] void systemError(const char *format, ...);
 
+// True when the description of the terminal that curses runs on has this text capability.
+bool terminalHas(const char *capability);
+
 // Gives the terminal back from curses; does nothing when curses is not active.
 void endCurses();
 

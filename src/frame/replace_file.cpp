@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 
 static constexpr mode_t REPLACE_NEW_MODE = 0644;
 static constexpr mode_t REPLACE_MODE_BITS = 07777;
+static constexpr const char *REPLACE_COPY_SUFFIX = ".scrconf";
 
 // Gives the new file the owner and permission bits that the file at `path` is to have. Who may not
 // give files away becomes the owner.
@@ -74,17 +75,20 @@ static bool copyContents(int from, int to) {
     }
 }
 
-// Copies the new file beside `path` and renames the copy.
+// Copies the new file beside `path` and renames the copy. What a killed run left of one is
+// overwritten by the next.
 static bool replaceAcrossFileSystems(int source, const std::string &path) {
-    std::string copyPath = directoryOf(path) / (fs::path(path).filename() += ".XXXXXX");
-    Descriptor copy(mkostemp(copyPath.data(), O_CLOEXEC));
-    if (copy.number < 0)
+    const std::string copyPath = path + REPLACE_COPY_SUFFIX;
+    File copy = createNewFile(copyPath);
+    if (!copy)
         return false;
-    if (copyContents(source, copy.number) && takeOverAttributes(copy.number, path) &&
-        fsync(copy.number) == 0 && copy.closeNow() &&
+    if (copyContents(source, fileno(copy.get())) && takeOverAttributes(fileno(copy.get()), path) &&
+        fsync(fileno(copy.get())) == 0 && closeWritten(std::move(copy)) &&
         std::rename(copyPath.c_str(), path.c_str()) == 0)
         return true;
+    const int reason = errno;
     unlink(copyPath.c_str());
+    errno = reason;
     return false;
 }
 

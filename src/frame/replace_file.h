@@ -13,6 +13,6 @@ enum class Replaced {
 // Puts the finished file `newPath` in the place of `path`, synced with its directory. The owner, if
 // the user may give files away, and the permission bits of an old regular file are kept; otherwise,
 // and where a symbolic link stood, the file is 0644: the link is replaced and its target is left
-// alone. From another file system the new file is copied beside `path` first. A directory, device
-// or FIFO is never replaced.
+// alone. From another file system the new file is copied beside `path` first, as ".scrconf" behind
+// its name. A directory, device or FIFO is never replaced.
 Replaced replaceFile(const std::string &newPath, const std::string &path);

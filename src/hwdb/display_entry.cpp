@@ -18,7 +18,6 @@ static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
 static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters
 static constexpr std::size_t DISPLAY_TIMING_NAME_MAX = 127; // characters
 static constexpr std::size_t DISPLAY_TEXT_MAX = 255;        // characters of a label or a name
-static constexpr std::size_t DISPLAY_LABEL_USUAL = 56;      // characters of nearly every label
 
 // Texts for the refresh codes -1, -2, ...
 static constexpr std::array<const char *, 4> refreshLabels = {"(Refresh Rate from DOS Install)", "",
@@ -121,19 +120,19 @@ static std::unique_ptr<VideoMode> findMonitorMode(std::string_view line, const s
 }
 
 static void appendRefresh(std::string &label, int refresh) {
-    const auto index = static_cast<std::size_t>(-(refresh + 1)); // the code -1 is the first
     if (refresh >= 0) {
         label += "at ";
         appendNumber(label, refresh, 2);
         label += " Hz";
-    } else if (index < refreshLabels.size()) {
-        label += refreshLabels[index];
+        return;
     }
+    const auto index = static_cast<std::size_t>(-(refresh + 1)); // the code -1 is the first
+    if (index < refreshLabels.size())
+        label += refreshLabels[index];
 }
 
 static std::string modeLabel(const ModeHead &head, std::uint32_t flags) {
     std::string label;
-    label.reserve(DISPLAY_LABEL_USUAL);
     appendNumber(label, head.width, 4);
     label += " x ";
     appendNumber(label, head.height, 4);

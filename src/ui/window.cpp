@@ -38,15 +38,19 @@ static sigset_t waitSignals;
 
 static volatile std::sig_atomic_t endSignal = 0; // the signal that asks for the end; 0: none did
 
+static void blockSignal(int number) {
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, number);
+    sigprocmask(SIG_BLOCK, &blocked, nullptr);
+    sigdelset(&waitSignals, number);
+}
+
 static void holdSignal(int number, void (*handler)(int)) {
     struct sigaction action = {};
     action.sa_handler = handler;
     sigaction(number, &action, nullptr);
-    sigset_t held;
-    sigemptyset(&held);
-    sigaddset(&held, number);
-    sigprocmask(SIG_BLOCK, &held, nullptr);
-    sigdelset(&waitSignals, number);
+    blockSignal(number);
 }
 
 static bool isIgnored(int number) {
@@ -58,13 +62,17 @@ static bool isIgnored(int number) {
 // Signals are held back except while input is waited for, which the handlers only end: so no resize
 // is missed between a drawing and the wait, and no save is cut short. With handlers there curses
 // sets none of its own: it would take LINES and COLUMNS for the new size, and would tidy up amid
-// whatever runs.
+// whatever runs. Its handler of a stop is right, at the wait. A reader of the messages that has
+// gone is no reason to end, and a pipe without reader would end the run with the terminal in its
+// modes.
 static void holdSignals() {
     sigprocmask(SIG_BLOCK, nullptr, &waitSignals);
     holdSignal(SIGWINCH, [](int) {});
-    for (const int number : {SIGHUP, SIGINT, SIGTERM})
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
         if (!isIgnored(number))
             holdSignal(number, [](int received) { endSignal = received; });
+    blockSignal(SIGTSTP);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 static void paintShownWindows() {
@@ -97,15 +105,27 @@ static void followResize() {
     repaintScreen();
 }
 
+static void followSignal() {
+    if (endSignal != 0)
+        fatalError("Ended by a signal: %s\n", strsignal(endSignal));
+    followResize();
+}
+
+// Lets in the signals that came meanwhile: while there is something to read no wait does so.
+static void admitSignals() {
+    static constexpr timespec NO_TIME = {};
+    while (ppoll(nullptr, 0, &NO_TIME, &waitSignals) < 0 && errno == EINTR)
+        followSignal();
+}
+
 // Waits until standard input has something to read or has ended.
 static void waitInput() {
+    admitSignals();
     pollfd input = {STDIN_FILENO, POLLIN, 0};
     while (ppoll(&input, 1, nullptr, &waitSignals) < 0) {
         if (errno != EINTR)
             fatalError("End of input\n");
-        if (endSignal != 0)
-            fatalError("Ended by a signal: %s\n", strsignal(endSignal));
-        followResize();
+        followSignal();
     }
 }
 
@@ -117,9 +137,8 @@ void CloseWindow::operator()(WINDOW *window) const {
 // A terminal that cannot place its cursor shows a stream of text, no screen.
 static void checkTerminal() {
     const std::string type = termname();
-    const char *placeCursor = tigetstr("cup");
     const int columns = COLS, lines = LINES;
-    if (!placeCursor || placeCursor == reinterpret_cast<char *>(-1)) {
+    if (!terminalHas("cup")) {
         endCurses();
         fatalError("Terminal type %s cannot place the cursor\n", type.c_str());
     }
@@ -170,6 +189,7 @@ void hideWindow(WINDOW *window) {
 // Curses is asked first: it may hold bytes that it read ahead. When it finds nothing although input
 // was announced, the input has ended.
 int waitKey(WINDOW *window) {
+    admitSignals();
     nodelay(window, TRUE);
     bool waited = false;
     for (;;) {

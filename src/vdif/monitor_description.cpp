@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <numeric>
 
 static constexpr std::string_view VDIF_ID = "VDIF"; // the first bytes of every image
 static constexpr std::size_t VDIF_HEADER_SIZE = 116, VDIF_LIMITS_SIZE = 64, VDIF_TIMING_SIZE = 72;
@@ -77,31 +77,26 @@ std::size_t addTiming(MonitorDescription &description, VdifBlock record) {
     return block;
 }
 
-// The bucket of the first record of this name, or the free one where it would be.
-static std::size_t findBucket(const MonitorDescription &description, std::string_view name) {
-    const auto &buckets = description.timingsByName;
-    std::size_t bucket = std::hash<std::string_view>()(name) % buckets.size();
-    while (buckets[bucket] != 0 &&
-           timingName(description, timingRecord(description, buckets[bucket] - 1)) != name)
-        bucket = (bucket + 1) % buckets.size();
-    return bucket;
+// What record numbers are sorted by.
+static auto nameOf(const MonitorDescription &description) {
+    return [&description](std::uint32_t number) {
+        return timingName(description, timingRecord(description, number));
+    };
 }
 
 void indexTimings(MonitorDescription &description) {
-    const auto count = static_cast<std::uint32_t>(timingCount(description));
-    description.timingsByName.assign(2 * std::size_t{count} + 1, 0);
-    for (std::uint32_t number = 1; number <= count; number++) {
-        const VdifBlock timing = timingRecord(description, number - 1);
-        auto &bucket =
-            description.timingsByName[findBucket(description, timingName(description, timing))];
-        if (bucket == 0)
-            bucket = number;
-    }
+    auto &numbers = description.timingsByName;
+    numbers.resize(timingCount(description));
+    std::iota(numbers.begin(), numbers.end(), 0);
+    std::ranges::stable_sort(numbers, {}, nameOf(description));
 }
 
 std::optional<VdifBlock> findTiming(const MonitorDescription &description, std::string_view name) {
-    const std::uint32_t number = description.timingsByName[findBucket(description, name)];
-    return number != 0 ? std::optional(timingRecord(description, number - 1)) : std::nullopt;
+    const auto &numbers = description.timingsByName;
+    const auto found = std::ranges::lower_bound(numbers, name, {}, nameOf(description));
+    if (found == numbers.end() || nameOf(description)(*found) != name)
+        return std::nullopt;
+    return timingRecord(description, *found);
 }
 
 std::uint32_t addString(std::string_view text) {

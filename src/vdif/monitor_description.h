@@ -85,9 +85,7 @@ using VdifBlock = std::string_view;
 
 struct MonitorDescription {
     std::string image;
-    // Numbers of the records, from 1, each in the bucket of its name's hash or the next free one
-    // behind it; 0: free. Made by indexTimings; empty before.
-    std::vector<std::uint32_t> timingsByName;
+    std::vector<std::uint32_t> timingsByName; // numbers of the records; see indexTimings
 };
 
 extern std::optional<std::string> defaultPath;                       // of the timing library
@@ -127,7 +125,7 @@ std::size_t addTiming(MonitorDescription &description, VdifBlock record);
 // Makes findTiming know the records as they are now; of equal names the first record counts.
 void indexTimings(MonitorDescription &description);
 
-// The first timing record of exactly this name. Needs indexTimings.
+// The first timing record of exactly this name, of those that indexTimings knows.
 std::optional<VdifBlock> findTiming(const MonitorDescription &description, std::string_view name);
 
 // Adds a text to the string pool and returns its offset.

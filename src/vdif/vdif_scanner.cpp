@@ -194,8 +194,7 @@ VdifValue readDate(VdifScanner &scanner) {
 
 std::int64_t parseNumber(std::string_view token) {
     const bool hexadecimal = token.size() > 1 && upperCase(token[1]) == 'X';
-    return hexadecimal ? std::strtoll(std::string(token).c_str(), nullptr, 16)
-                       : scanInt(token).value_or(0);
+    return std::strtoll(std::string(token).c_str(), nullptr, hexadecimal ? 16 : 10);
 }
 
 std::int64_t parseScaled(std::string_view token) {

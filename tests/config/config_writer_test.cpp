@@ -115,8 +115,9 @@ TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
         setrlimit(RLIMIT_FSIZE, &limit);
         writeConfig();
     };
-    EXPECT_EXIT(writeOnFullDisk(), testing::ExitedWithCode(1),
-                "^\nFatal error:\nCannot write new Xconfig etc/X11/Xconfig.tmp\n\n$");
+    EXPECT_EXIT(
+        writeOnFullDisk(), testing::ExitedWithCode(1),
+        "^\nFatal error:\nCannot write new Xconfig etc/X11/Xconfig.tmp: File too large\n\n$");
     EXPECT_EQ(readFile(configPath), old);
     configureScreen(screens[1]);
     fs::remove("usr/lib/X11/Korvel/DisplayConfig/fast/config");
@@ -130,7 +131,7 @@ TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
     EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1), "failed to open file missing/Xconfig\n");
     screenCount = 0;
     EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1),
-                "Cannot install new Xconfig missing/Xconfig\n");
+                "Cannot install new Xconfig missing/Xconfig: No such file or directory\n");
     EXPECT_EQ(readFile("etc/X11/Xconfig.tmp"), GLOBAL_LINES);
     fs::remove("etc/X11/Xconfig.tmp");
     fs::create_directory("etc/X11/Xconfig.tmp");

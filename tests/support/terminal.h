@@ -46,7 +46,7 @@ class TerminalTest : public TempDirTest {
     // Ends the program if it still runs.
     void stop();
 
-    // Waits until `done`; past 10 s the test fails for `complaint`.
+    // Waits until `done`; past 30 s the test fails for `complaint`.
     void waitUntil(const std::function<bool()> &done, const std::string &complaint);
 
     bool ended();
