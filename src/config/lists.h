@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -73,8 +75,52 @@ template <ListRecord Record, typename Key> void sortList(Record *&head, Key key)
     *end = nullptr;
 }
 
-// Sorts a list by name, byte by byte.
-template <NamedRecord Record> void sortListByName(Record *&head) { sortList(head, &Record::name); }
+// A record that is being sorted by name, with the bytes of the name that are compared.
+template <NamedRecord Record> struct SortEntry {
+    std::uint64_t bytes;
+    Record *record;
+};
+
+// Up to 8 bytes of a text as a number that sorts as they do.
+inline std::uint64_t sortBytes(std::string_view text, std::size_t from) {
+    std::uint64_t bytes = 0;
+    for (std::size_t index = from; index < from + sizeof bytes; index++)
+        bytes = bytes << 8 | (index < text.size() ? static_cast<std::uint8_t>(text[index]) : 0);
+    return bytes;
+}
+
+// Sorts records whose names agree in the bytes before `from`. The names lie scattered in memory:
+// a look at each for every comparison would be a wait for it.
+template <NamedRecord Record>
+void sortEntries(std::span<SortEntry<Record>> entries, std::size_t from) {
+    for (SortEntry<Record> &entry : entries)
+        entry.bytes = sortBytes(entry.record->name, from);
+    std::ranges::stable_sort(entries, {}, &SortEntry<Record>::bytes);
+    for (auto begin = entries.begin(); begin != entries.end();) {
+        const auto end = std::find_if(begin, entries.end(), [begin](const auto &entry) {
+            return entry.bytes != begin->bytes;
+        });
+        const bool namesEnd = (begin->bytes & 0xff) == 0;
+        if (end - begin > 1 && !namesEnd)
+            sortEntries(std::span(begin, end), from + sizeof begin->bytes);
+        begin = end;
+    }
+}
+
+// Sorts a list by name, byte by byte; names hold no NUL byte. Records of equal name keep their
+// order.
+template <NamedRecord Record> void sortListByName(Record *&head) {
+    std::vector<SortEntry<Record>> entries;
+    for (Record *record = head; record; record = record->next)
+        entries.push_back({0, record});
+    sortEntries(std::span(entries), 0);
+    Record **end = &head;
+    for (const SortEntry<Record> &entry : entries) {
+        *end = entry.record;
+        end = &entry.record->next;
+    }
+    *end = nullptr;
+}
 
 // Writes one line per record to standard output, numbered from 1. Of a name with a ":" only the
 // text after the first one is shown.
