@@ -40,14 +40,6 @@ TEST_F(CardListTest, ALongLineIsReadInPieces) {
     EXPECT_EQ(shownCards(), "[a card] x\n[" + whole + "] x\n" + shown + shown + shown);
 }
 
-TEST_F(CardListTest, TheNumberedListShowsTheTextBehindAPrefix) {
-    writeFile(CARD_LIST_PATH, "Class x\nAcme:One:Two\nPlain card\n");
-    loadCardList();
-    testing::internal::CaptureStdout();
-    printNumberedList(cardList);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "  1. One:Two\n  2. Plain card\n");
-}
-
 TEST_F(CardListTest, TheFileIsRequiredButMayBeEmpty) {
     EXPECT_EXIT(loadCardList(), testing::ExitedWithCode(1), "Can't Open Card List .*CardInfo\n");
     writeFile(CARD_LIST_PATH, "Class a\n: nothing follows\n# end\n");

@@ -21,6 +21,8 @@ static std::string fatal(const std::string &message) {
 struct FaultsTest : TerminalTest {
     void SetUp() override {
         TerminalTest::SetUp();
+        if (IsSkipped())
+            return;
         writeFile(config, CONFIG_TEXT);
     }
     // The messages of a run that is to end with status 1 before it needs a terminal.

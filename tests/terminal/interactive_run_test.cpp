@@ -131,6 +131,13 @@ TEST_F(InteractiveRunTest, ASaveGivesWayToAnotherOneAndToAChangedConfiguration) 
     }
     press("<Enter><Down><Enter>");
     EXPECT_EQ(exitStatus(), 0);
+    const std::string longPath = "/tmp/" + std::string(60, 'x');
+    start({longPath});
+    press("<Enter><Down><Down>");
+    writeFile(root / longPath.substr(1), "");
+    press("<Enter>");
+    EXPECT_EQ(rows(4, 4),
+              "   │   ..." + std::string(33, 'x') + " has changed since it was read      │\n");
 }
 
 TEST_F(InteractiveRunTest, TheTemplateStandsInAndGetsTheFontsOfTheMachine) {

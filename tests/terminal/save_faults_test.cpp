@@ -25,6 +25,8 @@ struct SaveFaultsTest : TerminalTest {
     }
     void SetUp() override {
         TerminalTest::SetUp();
+        if (IsSkipped())
+            return;
         errorsToFile = true;
         const fs::path korvel = root / "usr/lib/X11/Korvel";
         writeFile(korvel / "MonitorConfig/timings.vda", sampleFile("one-timing.vda"));
