@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "frame/file.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "hwdb/display_entry.h"
@@ -36,12 +35,12 @@ std::string chipsetOf(std::string_view cardClass) {
     return std::string(cardClass);
 }
 
-void writeEscaped(std::FILE *out, std::string_view text, std::span<const Escape> escapes) {
+void appendEscaped(std::string &cell, std::string_view text, std::span<const Escape> escapes) {
     for (const char character : text) {
         const auto escape = std::ranges::find(escapes, character, &Escape::character);
         if (escape == escapes.end())
-            std::putc(character, out);
+            cell += character;
         else
-            writeText(out, escape->written);
+            cell += escape->written;
     }
 }

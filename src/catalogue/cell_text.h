@@ -2,7 +2,6 @@
 // written so that a format does not take them for its own marks.
 #pragma once
 
-#include <cstdio>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,5 +18,5 @@ struct Escape {
     std::string_view written;
 };
 
-// Writes a text with each character that `escapes` lists as the table says.
-void writeEscaped(std::FILE *out, std::string_view text, std::span<const Escape> escapes);
+// Adds a text to a cell, with each character that `escapes` lists as the table says.
+void appendEscaped(std::string &cell, std::string_view text, std::span<const Escape> escapes);

@@ -55,9 +55,9 @@ static void endPage(std::FILE *out) {
 }
 
 static void writeTextCell(std::FILE *out, std::string_view text) {
-    writeText(out, "\t\t<TD NOWRAP>");
-    writeEscaped(out, text, HTML_ESCAPES);
-    writeText(out, "</TD>\n");
+    std::string cell = "\t\t<TD NOWRAP>";
+    appendEscaped(cell, text, HTML_ESCAPES);
+    writeText(out, cell += "</TD>\n");
 }
 
 static void writeCardRow(std::FILE *out, int indexInGroup, const CardEntry &card) {
@@ -74,9 +74,9 @@ static void writeColumnCell(std::FILE *out, std::string_view cellText, std::size
                            : "\t\t<TD ALIGN=CENTER><IMG SRC=\"../images/check.xbm\"></TD>\n");
         return;
     }
-    writeText(out, "\t\t<TD>");
-    writeEscaped(out, cellText, LINE_BREAKS);
-    writeText(out, "<BR></TD>\n");
+    std::string cell = "\t\t<TD>";
+    appendEscaped(cell, cellText, LINE_BREAKS);
+    writeText(out, cell += "<BR></TD>\n");
 }
 
 const CatalogueFormatter htmlFormatter = {beginPage, endPage, writeCardRow, writeColumnCell};

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
@@ -13,7 +14,8 @@
 #include "frame/messages.h"
 #include "frame/replace_file.h"
 
-static constexpr std::size_t MIF_PIECE_MAX = 254; // bytes of a line read at once
+static constexpr std::size_t MIF_PIECE_MAX = 254;  // bytes of a line read at once
+static constexpr std::size_t MIF_CELL_USUAL = 384; // bytes of a cell with a short text
 static constexpr std::string_view MIF_TABLE_BODY = "<TblBody";
 static constexpr std::string_view MIF_ROW_END = "  > # end of Row\n";
 
@@ -48,24 +50,25 @@ static void endBody(std::FILE *out) {
     writeText(out, " > # end of TblBody\n");
 }
 
-// A cell of one paragraph with the paragraph format `tag`.
+// A cell of one paragraph with the paragraph format `tag`, written at once: there are many.
 static void writeCell(std::FILE *out, std::string_view ruling, std::string_view tag,
                       std::string_view text) {
-    writeText(out, "   <Cell \n");
-    writeText(out, ruling);
-    writeText(out, "    <CellContent \n"
-                   "     <Para \n"
-                   "      <PgfTag `");
-    writeText(out, tag);
-    writeText(out, "'>\n"
-                   "      <ParaLine \n"
-                   "       <String `");
-    writeEscaped(out, text, MIF_ESCAPES);
-    writeText(out, "'>\n"
-                   "      >\n"
-                   "     > # end of Para\n"
-                   "    > # end of CellContent\n"
-                   "   > # end of Cell\n");
+    std::string cell;
+    cell.reserve(MIF_CELL_USUAL);
+    cell.append("   <Cell \n").append(ruling);
+    cell.append("    <CellContent \n"
+                "     <Para \n"
+                "      <PgfTag `");
+    cell.append(tag).append("'>\n"
+                            "      <ParaLine \n"
+                            "       <String `");
+    appendEscaped(cell, text, MIF_ESCAPES);
+    cell.append("'>\n"
+                "      >\n"
+                "     > # end of Para\n"
+                "    > # end of CellContent\n"
+                "   > # end of Cell\n");
+    writeText(out, cell);
 }
 
 static void writeCardRow(std::FILE *out, int indexInGroup, const CardEntry &card) {
@@ -107,8 +110,12 @@ static void skipTableBody(LineReader &document) {
     std::string_view text;
     while (depth > 0 && tryReadBlock(document, text)) {
         std::size_t index = 0;
-        for (; index < text.size() && depth > 0; index++)
-            depth += (text[index] == '<') - (text[index] == '>');
+        while (index < text.size() && depth > 0) {
+            const std::size_t last = std::min(text.find('>', index), text.size() - 1);
+            const auto part = text.substr(index, last + 1 - index);
+            depth += std::ranges::count(part, '<') - part.ends_with('>');
+            index += part.size();
+        }
         returnBytes(document, text.size() - index);
     }
     while (tryReadPiece(document, text) && !text.ends_with('\n'))

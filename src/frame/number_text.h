@@ -1,7 +1,6 @@
 // Numbers as text in the lines of long lists, where printf would take most of the time.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
@@ -14,5 +13,7 @@ inline void appendNumber(std::string &text, std::int64_t number, std::size_t wid
     std::array<char, 20> digits; // and the sign
     const char *const end = std::to_chars(digits.begin(), digits.end(), number).ptr;
     const auto length = static_cast<std::size_t>(end - digits.data());
-    text.append(width - std::min(width, length), ' ').append(digits.data(), length);
+    if (length < width)
+        text.append(width - length, ' ');
+    text.append(digits.data(), length);
 }
