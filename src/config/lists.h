@@ -6,6 +6,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -61,18 +62,24 @@ template <ListRecord Record> void freeList(Record *&head) {
         delete std::exchange(head, head->next);
 }
 
+// Links the records that `recordOf` finds in the entries to a list, in the order of the entries.
+template <ListRecord Record, typename Entries, typename RecordOf>
+void linkRecords(Record *&head, const Entries &entries, RecordOf recordOf) {
+    Record **end = &head;
+    for (const auto &entry : entries) {
+        *end = std::invoke(recordOf, entry);
+        end = &(*end)->next;
+    }
+    *end = nullptr;
+}
+
 // Sorts a list by a key of its records; records of equal key keep their order.
 template <ListRecord Record, typename Key> void sortList(Record *&head, Key key) {
     std::vector<Record *> records;
     for (Record *record = head; record; record = record->next)
         records.push_back(record);
     std::ranges::stable_sort(records, {}, key);
-    Record **end = &head;
-    for (Record *record : records) {
-        *end = record;
-        end = &record->next;
-    }
-    *end = nullptr;
+    linkRecords(head, records, std::identity());
 }
 
 // A record that is being sorted by name, with the bytes of the name that are compared.
@@ -114,12 +121,7 @@ template <NamedRecord Record> void sortListByName(Record *&head) {
     for (Record *record = head; record; record = record->next)
         entries.push_back({0, record});
     sortEntries(std::span(entries), 0);
-    Record **end = &head;
-    for (const SortEntry<Record> &entry : entries) {
-        *end = entry.record;
-        end = &entry.record->next;
-    }
-    *end = nullptr;
+    linkRecords(head, entries, &SortEntry<Record>::record);
 }
 
 // Writes one line per record to standard output, numbered from 1. Of a name with a ":" only the

@@ -18,7 +18,7 @@ static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
 static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters
 static constexpr std::size_t DISPLAY_TIMING_NAME_MAX = 127; // characters
 static constexpr std::size_t DISPLAY_TEXT_MAX = 255;        // characters of a label or a name
-static constexpr std::size_t DISPLAY_LABEL_USUAL = 60;      // so many that a label grows but once
+static constexpr std::size_t DISPLAY_LABEL_USUAL = 60; // characters, of nearly every label at most
 
 // Texts for the refresh codes -1, -2, ...
 static constexpr std::array<const char *, 4> refreshLabels = {"(Refresh Rate from DOS Install)", "",

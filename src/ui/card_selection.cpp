@@ -75,15 +75,15 @@ static std::optional<ModeChoice> chooseModes(CardEntry &card) {
             return std::nullopt;
         }
         auto selection = askModes(card, choice.modes);
-        if (selection) {
-            choice.selection = std::move(*selection);
-            if (measureSelection(choice))
-                return choice;
-            showNotice("All modes must have the same color depth: Please reenter.");
-        }
-        freeList(choice.modes);
-        if (!selection)
+        if (!selection) {
+            freeList(choice.modes);
             return std::nullopt;
+        }
+        choice.selection = std::move(*selection);
+        if (measureSelection(choice))
+            return choice;
+        showNotice("All modes must have the same color depth: Please reenter.");
+        freeList(choice.modes);
     }
 }
 

@@ -120,7 +120,6 @@ static void admitSignals() {
 
 // Waits until standard input has something to read or has ended.
 static void waitInput() {
-    admitSignals();
     pollfd input = {STDIN_FILENO, POLLIN, 0};
     while (ppoll(&input, 1, nullptr, &waitSignals) < 0) {
         if (errno != EINTR)
@@ -205,6 +204,7 @@ int waitKey(WINDOW *window) {
 }
 
 int readKey() {
+    admitSignals();
     for (;;) {
         waitInput();
         unsigned char byte = 0;
