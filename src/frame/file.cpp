@@ -5,11 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
-bool Descriptor::closeNow() {
-    const int open = std::exchange(number, -1);
-    return open < 0 || close(open) == 0;
+Descriptor::~Descriptor() {
+    if (number >= 0)
+        close(number);
 }
 
 std::optional<FileState> fileState(const std::string &path) {

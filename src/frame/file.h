@@ -15,12 +15,11 @@ struct CloseFile {
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 struct Descriptor {
-    int number; // negative: could not be opened, or is closed
+    const int number; // negative: could not be opened
     explicit Descriptor(int opened) : number(opened) {}
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor() { closeNow(); }
-    bool closeNow(); // false, with the reason in errno, when something written is lost
+    ~Descriptor();
 };
 
 // What tells a file from an earlier state of it.
