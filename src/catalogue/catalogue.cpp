@@ -72,7 +72,7 @@ static void enterMode(const CatalogueRun &run, const CardEntry &card, VideoMode 
     const auto column =
         std::ranges::find_if(run.columns, [&](auto &entry) { return fitsColumn(mode, entry); });
     if (column == run.columns.end())
-        std::printf("somebody doesn't fit in a column\n%s\n%s\n", card.name.c_str(),
+        std::printf("somebody doesn't fit in a column\n%s\n%s\n", std::string(card.name).c_str(),
                     mode.label.c_str());
     else
         appendRefresh(column->cellText, mode);

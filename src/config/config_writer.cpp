@@ -73,13 +73,10 @@ static void copyTemplate(std::FILE *out, const CardEntry &card) {
         }
         writeText(out, "\n\n");
         writeText(out, piece);
-        std::fprintf(out, "Card %s\n", card.name.c_str());
+        writeText(out, "Card ");
+        writeText(out, card.name);
+        writeText(out, "\n");
     }
-}
-
-static void writeExtraLines(std::FILE *out, const std::vector<std::string> &lines) {
-    for (const std::string &line : lines)
-        std::fprintf(out, "%s\n", line.c_str());
 }
 
 static void writeModeLine(std::FILE *out, const VideoMode &mode) {
@@ -173,8 +170,8 @@ void copyScreenSection(int index, const std::string &source, std::FILE *out) {
 void writeScreenSection(std::FILE *out, const ScreenConfig &screen) {
     const auto modes = selectedModes(screen.modes, screen.selection);
     copyTemplate(out, *screen.card);
-    writeExtraLines(out, screen.card->extraLines);
-    writeExtraLines(out, modes.front()->extraLines);
+    writeText(out, screen.card->extraLines);
+    writeText(out, modes.front()->extraLines);
     std::fprintf(out, "Virtual %d %d\n", screen.virtualWidth, screen.virtualHeight);
     std::fprintf(out, "Depth %d\n\n", screen.depth);
     if (screen.depth == WRITER_PACKED_DEPTH)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -90,9 +91,11 @@ template <NamedRecord Record> struct SortEntry {
 
 // Up to 8 bytes of a text as a number that sorts as they do.
 inline std::uint64_t sortBytes(std::string_view text, std::size_t from) {
+    std::array<char, sizeof(std::uint64_t)> part = {};
+    text.copy(part.data(), part.size(), std::min(from, text.size()));
     std::uint64_t bytes = 0;
-    for (std::size_t index = from; index < from + sizeof bytes; index++)
-        bytes = bytes << 8 | (index < text.size() ? static_cast<std::uint8_t>(text[index]) : 0);
+    for (const char byte : part)
+        bytes = bytes << 8 | static_cast<std::uint8_t>(byte);
     return bytes;
 }
 

@@ -4,6 +4,7 @@
 
 #include "config/config_lines.h"
 #include "frame/allocation.h"
+#include "frame/lasting_memory.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/text_scanner.h"
@@ -28,10 +29,10 @@ struct SectionReader {
     bool surplusReported = false; // of modes beyond SCREEN_MODE_MAX
 };
 
-static std::unique_ptr<CardEntry> makeCard(std::string_view name) {
+static CardEntry *makeCard(std::string_view name) {
     const AllocationGuard guard;
     try {
-        return std::make_unique<CardEntry>(CardEntry{nullptr, copyLine(name), {}, {}, 0});
+        return keepRecord(CardEntry{nullptr, keepText(chopNewline(name)), {}, {}, 0});
     } catch (const std::bad_alloc &) {
         fatalError("could not allocate screen->card\n");
     }
@@ -40,8 +41,7 @@ static std::unique_ptr<CardEntry> makeCard(std::string_view name) {
 // A setting with fewer numbers than it needs leaves the screen as it is.
 static void readSetting(ScreenConfig &screen, std::string_view line) {
     if (scanLiteral(line, SCREEN_CARD)) {
-        screen.ownCard = makeCard(line);
-        screen.card = screen.ownCard.get();
+        screen.card = makeCard(line);
     } else if (scanLiteral(line, SCREEN_VIRTUAL)) {
         const auto width = scanInt(line), height = scanInt(line);
         if (width && height) {

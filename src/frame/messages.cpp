@@ -80,13 +80,10 @@ void endCurses() {
     endwin();
 }
 
-std::string copyLine(std::string_view text) {
-    std::string copy(text);
-    return chopNewline(copy);
-}
+std::string copyLine(std::string_view text) { return std::string(chopNewline(text)); }
 
-std::string &chopNewline(std::string &text) {
+std::string_view &chopNewline(std::string_view &text) {
     if (text.ends_with('\n'))
-        text.pop_back();
+        text.remove_suffix(1);
     return text;
 }

@@ -31,4 +31,4 @@ void endCurses();
 std::string copyLine(std::string_view text);
 
 // Removes the last character of `text` when it is a line end; returns `text`.
-std::string &chopNewline(std::string &text);
+std::string_view &chopNewline(std::string_view &text);

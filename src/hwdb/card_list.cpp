@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <optional>
-#include <utility>
+#include <string>
 
 #include "config/lists.h"
+#include "frame/lasting_memory.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/paths.h"
@@ -16,11 +17,10 @@ static constexpr std::size_t CARD_CLASS_TEXT_FROM = 6; // behind "Class" and one
 static constexpr std::string_view CARD_CLASS = "Class";
 
 CardEntry *cardList = nullptr;
-std::list<std::string> classNames;
 
 struct CardReader {
-    const std::string *cardClass = nullptr; // class in force; null before the first
-    std::optional<std::string> pending;     // name of a card whose extra lines may still follow
+    std::optional<std::string_view> cardClass; // class in force; none before the first
+    std::optional<std::string_view> pending;   // name of a card whose extra lines may still follow
 };
 
 // Puts the pending card, if any, at the head of cardList, with the class in force and the extra
@@ -29,10 +29,10 @@ static void finishCard(CardReader &reader) {
     if (!reader.pending)
         return;
     if (reader.cardClass)
-        cardList = new CardEntry{cardList, std::move(*reader.pending), *reader.cardClass,
-                                 takeExtraLines(), 0};
+        cardList = keepRecord(
+            CardEntry{cardList, *reader.pending, *reader.cardClass, keepText(takeExtraLines()), 0});
     else
-        showMessage("Card %s has no class: ignored\n", reader.pending->c_str());
+        showMessage("Card %s has no class: ignored\n", std::string(*reader.pending).c_str());
     reader.pending.reset();
     clearExtraLines();
 }
@@ -40,11 +40,12 @@ static void finishCard(CardReader &reader) {
 static void readCardLine(CardReader &reader, std::string_view line) {
     if (line.starts_with(CARD_CLASS)) {
         finishCard(reader);
-        const auto text = line.substr(std::min(CARD_CLASS_TEXT_FROM, line.size()));
-        reader.cardClass = &classNames.emplace_back(copyLine(text));
+        line.remove_prefix(std::min(CARD_CLASS_TEXT_FROM, line.size()));
+        reader.cardClass = keepText(chopNewline(line));
     } else if (!collectExtraLine(line) && !line.starts_with('#') && line.size() > CARD_SHORT_LINE) {
         finishCard(reader);
-        reader.pending = copyLine(line.substr(0, line.find(',')));
+        line = line.substr(0, line.find(','));
+        reader.pending = keepText(chopNewline(line));
     }
 }
 

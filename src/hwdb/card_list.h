@@ -13,26 +13,19 @@
 #pragma once
 
 #include <cstdint>
-#include <list>
-#include <string>
 #include <string_view>
-#include <vector>
 
 inline constexpr std::uint32_t CARD_NO_VIRTUAL = 0x1; // one mode, no larger virtual screen
 
 struct CardEntry {
     CardEntry *next = nullptr;
-    std::string name;                    // may begin with a prefix that ends in ":"
-    std::string_view cardClass;          // shared by the cards of a class
-    std::vector<std::string> extraLines; // lines for the screen section
-    std::uint32_t flags = 0;             // CARD_NO_VIRTUAL, set by reading the display entry
+    std::string_view name;       // may begin with a prefix that ends in ":"
+    std::string_view cardClass;  // one text for all cards of a class; empty: not known
+    std::string_view extraLines; // lines for the screen section, each with its line end
+    std::uint32_t flags = 0;     // CARD_NO_VIRTUAL, set by reading the display entry
 };
 
 extern CardEntry *cardList; // sorted by name; of equal names the later in the file comes first
-
-// Of all classes read; the cards refer to these texts. A list takes no memory before its first
-// entry, when running out of it could not be reported yet.
-extern std::list<std::string> classNames;
 
 // Reads the card list and adds its cards to cardList. Called once.
 void loadCardList();

@@ -164,8 +164,7 @@ static std::string modeName(const ModeHead &head, std::string_view cardClass,
 static void settleExtraLines(EntryReader &entry) {
     if (!entry.last)
         return;
-    for (const std::string &line : takeExtraLines())
-        entry.last->extraLines.push_back(line);
+    entry.last->extraLines += takeExtraLines();
     clearExtraLines();
 }
 

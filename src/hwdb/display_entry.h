@@ -42,7 +42,7 @@ struct VideoMode {
     int hDisplay = 0, hSyncStart = 0, hSyncEnd = 0, hTotal = 0; // pixels
     int vDisplay = 0, vSyncStart = 0, vSyncEnd = 0, vTotal = 0; // lines
     std::optional<std::string> timingRef; // names a timing of the server's own
-    std::vector<std::string> extraLines;  // lines for the screen section
+    std::string extraLines;               // lines for the screen section, each with its line end
     std::uint32_t flags = 0;              // MODE_ bits
 };
 

@@ -6,15 +6,16 @@
 
 static constexpr std::size_t EXTRA_TEXT_FROM = 2; // behind the ":" and one separator
 
-static std::vector<std::string> pendingLines;
+static std::string pendingLines;
 
 bool collectExtraLine(std::string_view line) {
     if (!line.starts_with(':'))
         return false;
-    pendingLines.push_back(copyLine(line.substr(std::min(EXTRA_TEXT_FROM, line.size()))));
+    line.remove_prefix(std::min(EXTRA_TEXT_FROM, line.size()));
+    pendingLines.append(chopNewline(line)).push_back('\n');
     return true;
 }
 
-const std::vector<std::string> &takeExtraLines() { return pendingLines; }
+const std::string &takeExtraLines() { return pendingLines; }
 
 void clearExtraLines() { pendingLines.clear(); }

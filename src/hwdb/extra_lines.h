@@ -4,14 +4,12 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
-// When the line begins with ":", stores its text from the third character on, less its line end,
-// and returns true.
+// When the line begins with ":", stores its text from the third character on and returns true.
 bool collectExtraLine(std::string_view line);
 
-// The texts collected so far; the collector stays as it is.
-const std::vector<std::string> &takeExtraLines();
+// The texts collected so far, each with a line end; the collector stays as it is.
+const std::string &takeExtraLines();
 
 // Empties the collector.
 void clearExtraLines();

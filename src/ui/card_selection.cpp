@@ -39,8 +39,8 @@ static CardEntry *chooseCard() {
 // The positions of the modes that the user chose; none when the user goes back.
 static std::optional<std::vector<int>> askModes(const CardEntry &card, VideoMode *modes) {
     const bool multi = !(card.flags & CARD_NO_VIRTUAL);
-    Menu menu = makeListMenu("Supported Modes for " + card.name, MENU_HINT, SELECTION_MODES_WIDTH,
-                             multi ? MENU_MULTI : 0);
+    Menu menu = makeListMenu("Supported Modes for " + std::string(card.name), MENU_HINT,
+                             SELECTION_MODES_WIDTH, multi ? MENU_MULTI : 0);
     addMenuItems(menu, modes, &VideoMode::label);
     const int choice = askMenu(menu);
     if (choice == 0)

@@ -1,6 +1,7 @@
 #include "ui/status_panel.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "config/config_lines.h"
@@ -17,9 +18,9 @@ static constexpr std::size_t STATUS_MODES_MAX = 4; // more are shown as the firs
 
 static Window statusWindow; // from the first drawing until the process exits
 
-static std::string statusLine(std::string label, const std::string &value) {
+static std::string statusLine(std::string label, std::string_view value) {
     label.resize(STATUS_LABEL_CELLS, ' ');
-    return label + value;
+    return label.append(value);
 }
 
 static std::string statusTitle() {

@@ -19,7 +19,8 @@ static constexpr bool MARKS = true, RATES = false;
 static const CatalogueFormatter listingFormatter = {
     [](std::FILE *out) { writeText(out, "["); }, [](std::FILE *out) { writeText(out, "\n]"); },
     [](std::FILE *out, int index, const CardEntry &card) {
-        std::fprintf(out, "\n%d %s", index, card.name.c_str());
+        std::fprintf(out, "\n%d ", index);
+        writeText(out, card.name);
     },
     [](std::FILE *out, std::string_view text, std::size_t column, bool marks) {
         if (!text.empty())

@@ -50,13 +50,13 @@ static VideoMode *makeMode(VideoMode *next, const char *name, float clock, std::
 static void configureScreen(ScreenConfig &screen) {
     writeFile("usr/lib/X11/Korvel/DisplayConfig/fast/config",
               "# made for fast\nDriver fast x\nChipset f1\nModes\nnever copied\n");
-    screen.card = new CardEntry{nullptr, "Acme: One", "fast", {"CardLine 1", ""}, 0};
+    screen.card = new CardEntry{nullptr, "Acme: One", "fast", "CardLine 1\n\n", 0};
     screen.unchanged = 0;
     auto *third = makeMode(nullptr, "1024x768", 65, 0xff);
-    third->extraLines = {"not written"};
+    third->extraLines = "not written\n";
     auto *second = makeMode(third, "800x600:fast/w", 40, 0);
     second->timingRef = "w";
-    second->extraLines = {"ModeLine 1", "ModeLine 2"};
+    second->extraLines = "ModeLine 1\nModeLine 2\n";
     auto *first = makeMode(second, "640x480", 25.175F, 0x13);
     first->hDisplay = 640, first->hSyncStart = 656, first->hSyncEnd = 752, first->hTotal = 800;
     first->vDisplay = 480, first->vSyncStart = 490, first->vSyncEnd = 492, first->vTotal = 525;

@@ -6,13 +6,8 @@
 #include "fuzz/fuzz.h"
 #include "hwdb/card_list.h"
 
-static void freeCards() {
-    freeList(cardList);
-    classNames.clear();
-}
-
 static std::vector<const CardEntry *> readCards(std::string_view text) {
-    freeCards();
+    forgetCards();
     writeFile(CARD_LIST_PATH, text);
     const MemoryBound bound(text.size());
     loadCardList();
@@ -30,8 +25,7 @@ static std::string writeCards(const std::vector<const CardEntry *> &cards) {
     for (auto card = cards.rbegin(); card != cards.rend(); ++card) {
         text.append("Class ").append((*card)->cardClass).append("\n").append((*card)->name);
         text += (*card)->name.size() < 5 ? ", card\n" : "\n";
-        for (const std::string &line : (*card)->extraLines)
-            text += ": " + line + "\n";
+        text += extraLinesOf((*card)->extraLines);
     }
     return text;
 }
@@ -41,5 +35,5 @@ void checkInput(std::string_view input) {
     require(std::ranges::is_sorted(cards, {}, &CardEntry::name), "cards are sorted by name");
     const std::string written = writeCards(cards);
     require(writeCards(readCards(written)) == written, "the cards that are written are read again");
-    freeCards();
+    forgetCards();
 }

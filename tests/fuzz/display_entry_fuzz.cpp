@@ -92,8 +92,7 @@ static std::optional<std::string> writeModes(const VideoMode *mode) {
         text += std::to_string(static_cast<int>(mode->clock));
         text += mode->timingRef ? " " + *mode->timingRef : numbersOf(*mode);
         text += " " + std::to_string(mode->flags) + "\n";
-        for (const std::string &line : mode->extraLines)
-            text += ": " + line + "\n";
+        text += extraLinesOf(mode->extraLines);
     }
     return text;
 }

@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <sanitizer/allocator_interface.h>
 
+#include "frame/lasting_memory.h"
 #include "frame/messages.h"
+#include "hwdb/card_list.h"
 
 // A record is larger than the shortest line that makes one, so much at most.
 static constexpr std::size_t MEMORY_PER_BYTE = 64;
@@ -42,6 +44,20 @@ MemoryBound::MemoryBound(std::size_t inputSize)
 void MemoryBound::check() const {
     require(__sanitizer_get_current_allocated_bytes() <= limit,
             "memory stays within a small multiple of the input");
+}
+
+void forgetCards() {
+    cardList = nullptr;
+    lastingMemory.release();
+}
+
+std::string extraLinesOf(std::string_view lines) {
+    std::string text;
+    for (std::size_t size; !lines.empty(); lines.remove_prefix(size)) {
+        size = lines.find('\n') + 1;
+        text.append(": ").append(lines.substr(0, size));
+    }
+    return text;
 }
 
 bool linesFit(std::string_view text, std::size_t pieceMax) {

@@ -36,6 +36,12 @@ class MemoryBound {
 // takes every line whole.
 bool linesFit(std::string_view text, std::size_t pieceMax);
 
+// Empties the card list; no card, a screen's own included, may be used any more.
+void forgetCards();
+
+// The extra lines of a record as the lines of a file.
+std::string extraLinesOf(std::string_view lines);
+
 // What `write` writes to the stream that it is given.
 template <typename Write> std::string textOf(Write write) {
     char *bytes = nullptr;

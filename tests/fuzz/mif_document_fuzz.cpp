@@ -4,11 +4,6 @@
 #include "fuzz/fuzz.h"
 #include "hwdb/display_entry.h"
 
-static void freeCards() {
-    freeList(cardList);
-    classNames.clear();
-}
-
 // The catalogue of one card, whose name would end the table if it were written as it is.
 static std::string makeCatalogue() {
     writeFile(CARD_LIST_PATH, "Class fast\nAcme <1> '>>>>'\n");
@@ -16,7 +11,7 @@ static std::string makeCatalogue() {
     const std::string body = textOf([](std::FILE *out) {
         buildCatalogue(out, mifFormatter, CATALOGUE_GROUP_SIZE, CATALOGUE_COLUMNS, true);
     });
-    freeCards();
+    forgetCards();
     return body;
 }
 
@@ -25,7 +20,7 @@ static std::string update(std::string_view document) {
     const MemoryBound bound(document.size());
     updateMifCatalogue("document", true);
     bound.check();
-    freeCards();
+    forgetCards();
     return readFile("document");
 }
 

@@ -6,10 +6,14 @@
 #include "frame/paths.h"
 #include "fuzz/fuzz.h"
 
-static void freeModes(ScreenConfig &screen) { freeList(screen.modes); }
+static void freeScreens() {
+    for (ScreenConfig &screen : screens)
+        freeList(screen.modes);
+    forgetCards();
+}
 
 static std::string shownScreen(const ScreenConfig &screen) {
-    std::string shown = (screen.card ? screen.card->name : "-") + "\n";
+    std::string shown = std::string(screen.card ? screen.card->name : "-") + "\n";
     for (const int value : {screen.unchanged, screen.virtualWidth, screen.virtualHeight})
         shown += std::to_string(value) + " ";
     for (const VideoMode *mode = screen.modes; mode; mode = mode->next)
@@ -72,8 +76,8 @@ void checkInput(std::string_view input) {
         configState = fileState(configPath);
         require(writeConfig() == SaveResult::Saved, "the configuration is saved");
         require(readFile(configPath).ends_with("\n\n\n" + copy), "unchanged sections are kept");
-        std::ranges::for_each(screens, freeModes);
+        freeScreens();
         require(readScreens(input.size()) == shown, "the screens that are saved are read again");
     }
-    std::ranges::for_each(screens, freeModes);
+    freeScreens();
 }

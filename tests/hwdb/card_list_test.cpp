@@ -8,14 +8,12 @@ struct CardListTest : TempDirTest {
     void SetUp() override { cardList = nullptr; }
 };
 
-// One line per card: name, class and extra lines.
+// A line per card, with its name and its class, and its extra lines.
 static std::string shownCards() {
     std::string shown;
     for (const CardEntry *card = cardList; card; card = card->next) {
-        shown += "[" + card->name + "] " + std::string(card->cardClass);
-        for (const std::string &line : card->extraLines)
-            shown += " (" + line + ")";
-        shown += "\n";
+        shown.append("[").append(card->name).append("] ").append(card->cardClass);
+        shown.append("\n").append(card->extraLines);
     }
     return shown;
 }
@@ -23,11 +21,11 @@ static std::string shownCards() {
 TEST_F(CardListTest, CardsAreSortedWithClassAndExtraLines) {
     writeFile(CARD_LIST_PATH, sampleFile("CardInfo"));
     loadCardList();
-    EXPECT_EQ(shownCards(), "[ blank first] c slow (last)\n"
+    EXPECT_EQ(shownCards(), "[ blank first] c slow\nlast\n"
                             "[Gamma] fast\n"
                             "[Same card] \n"
                             "[Same card] fast\n"
-                            "[beta card ] fast (before the first card) () (after beta)\n");
+                            "[beta card ] fast\nbefore the first card\n\nafter beta\n");
     EXPECT_EQ(messages(), "Card Orphan has no class: ignored\n");
 }
 

@@ -26,8 +26,6 @@ static std::string shownMode(const VideoMode &mode) {
                             mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal})
         shown += std::to_string(value) + " ";
     shown += "|" + mode.timingRef.value_or("-") + "|" + std::to_string(mode.flags);
-    for (const std::string &line : mode.extraLines)
-        shown += "|" + line;
     return shown;
 }
 
@@ -61,10 +59,9 @@ TEST_F(DisplayEntryTest, ExtraLinesGoToTheModeBeforeThemIfItWasMade) {
                             "8 8 8 8 8 second\n"
                             "8 8 8 8 8 third\n: last");
     ASSERT_EQ(listCount(modes), 3);
-    using Lines = std::vector<std::string>;
-    EXPECT_EQ(modes->extraLines, (Lines{"to the first", "also to the first"}));
-    EXPECT_EQ(modes->next->extraLines, Lines{});
-    EXPECT_EQ(modes->next->next->extraLines, Lines{"last"});
+    EXPECT_EQ(modes->extraLines, "to the first\nalso to the first\n");
+    EXPECT_EQ(modes->next->extraLines, "");
+    EXPECT_EQ(modes->next->next->extraLines, "last\n");
     EXPECT_EQ(messages(), "Unterminated timing name in " + displayConfigPath("fast") +
                               ": 8 8 8 8 \"unterminated\n");
 }

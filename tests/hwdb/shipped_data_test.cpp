@@ -32,7 +32,7 @@ struct ShippedDataTest : TempDirTest {
         loadPointerDevices();
         ASSERT_EQ(messages(), "");
     }
-    static bool isCard(const std::string &name) {
+    static bool isCard(std::string_view name) {
         const CardEntry *card = cardList;
         while (card && card->name != name)
             card = card->next;
@@ -101,8 +101,8 @@ TEST_F(ShippedDataTest, EveryCardHasANameOfItsOwnAndAnEntry) {
     std::set<std::string> names, folders;
     std::map<std::string_view, CardEntry *> classes;
     for (CardEntry *card = cardList; card; card = card->next) {
-        const std::string shown = card->name.substr(card->name.find(':') + 1);
-        EXPECT_TRUE(names.insert(shown).second) << "twice: " << shown;
+        const auto shown = card->name.substr(card->name.find(':') + 1);
+        EXPECT_TRUE(names.insert(std::string(shown)).second) << "twice: " << shown;
         EXPECT_LE(card->name.size(), CARD_NAME_MAX) << card->name;
         classes.emplace(card->cardClass, card);
     }
