@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "catalogue/cell_text.h"
 #include "frame/file.h"
@@ -14,8 +15,9 @@
 #include "frame/messages.h"
 #include "frame/replace_file.h"
 
-static constexpr std::size_t MIF_PIECE_MAX = 254;  // bytes of a line read at once
-static constexpr std::size_t MIF_CELL_USUAL = 384; // bytes of a cell with a short text
+static constexpr std::size_t MIF_PIECE_MAX = 254;     // bytes of a line read at once
+static constexpr std::size_t MIF_BUFFER_SIZE = 65536; // bytes; file systems take many at a time
+static constexpr std::size_t MIF_CELL_USUAL = 384;    // bytes of a cell with a short text
 static constexpr std::string_view MIF_TABLE_BODY = "<TblBody";
 static constexpr std::string_view MIF_ROW_END = "  > # end of Row\n";
 
@@ -148,9 +150,11 @@ void updateMifCatalogue(const char *path, bool marks) {
     if (!document)
         systemError("cannot open file %s", path);
     const std::string newPath = path + ("." + std::to_string(getpid()));
+    std::vector<char> buffer(MIF_BUFFER_SIZE);
     File out = createNewFile(newPath);
     if (!out)
         systemError("cannot open tmp file %s", path);
+    std::setvbuf(out.get(), buffer.data(), _IOFBF, buffer.size());
     copyHead(*document, out.get());
     buildCatalogue(out.get(), mifFormatter, CATALOGUE_GROUP_SIZE, CATALOGUE_COLUMNS, marks);
     skipTableBody(*document);

@@ -121,6 +121,7 @@ void sortEntries(std::span<SortEntry<Record>> entries, std::size_t from) {
 // order.
 template <NamedRecord Record> void sortListByName(Record *&head) {
     std::vector<SortEntry<Record>> entries;
+    entries.reserve(static_cast<std::size_t>(listCount(head)));
     for (Record *record = head; record; record = record->next)
         entries.push_back({0, record});
     sortEntries(std::span(entries), 0);

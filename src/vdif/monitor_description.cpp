@@ -20,13 +20,6 @@ MonitorDescription makeDescription() {
     return description;
 }
 
-std::uint64_t fieldValue(VdifBlock block, VdifField field) {
-    std::uint64_t value = 0;
-    for (std::size_t byte = field.width; byte-- > 0;)
-        value = value << 8 | static_cast<std::uint8_t>(block[field.offset + byte]);
-    return value;
-}
-
 void setField(MonitorDescription &description, std::size_t block, VdifField field,
               std::uint64_t value) {
     for (std::size_t byte = 0; byte < field.width; byte++, value >>= 8)

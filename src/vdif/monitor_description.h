@@ -97,7 +97,12 @@ extern std::string stringPool; // each text with its NUL; kept until the process
 MonitorDescription makeDescription();
 
 // The value of a field of up to 8 bytes, unsigned.
-std::uint64_t fieldValue(VdifBlock block, VdifField field);
+inline std::uint64_t fieldValue(VdifBlock block, VdifField field) {
+    std::uint64_t value = 0;
+    for (std::size_t byte = field.width; byte-- > 0;)
+        value = value << 8 | static_cast<std::uint8_t>(block[field.offset + byte]);
+    return value;
+}
 
 // Stores a value in a field of the block that begins at this offset of the image.
 void setField(MonitorDescription &description, std::size_t block, VdifField field,
