@@ -17,7 +17,8 @@
 #include "frame/file.h"
 #include "frame/number_text.h"
 
-inline constexpr std::size_t LIST_NUMBER_WIDTH = 3; // characters; larger numbers take more
+inline constexpr std::size_t LIST_NUMBER_WIDTH = 3;   // characters; larger numbers take more
+inline constexpr std::size_t LIST_BLOCK_SIZE = 16384; // bytes of lines that are written at once
 
 template <typename Record>
 concept ListRecord = requires(Record record) {
@@ -41,6 +42,15 @@ template <ListRecord Record> int listCount(const Record *head) {
     for (; head; head = head->next)
         count++;
     return count;
+}
+
+// The records of a list, in its order.
+template <ListRecord Record> std::vector<Record *> listRecords(Record *head) {
+    std::vector<Record *> records;
+    records.reserve(static_cast<std::size_t>(listCount(head)));
+    for (; head; head = head->next)
+        records.push_back(head);
+    return records;
 }
 
 // A new list with one record for each text of `table`, in its order; the records' `text` fields
@@ -76,9 +86,7 @@ void linkRecords(Record *&head, const Entries &entries, RecordOf recordOf) {
 
 // Sorts a list by a key of its records; records of equal key keep their order.
 template <ListRecord Record, typename Key> void sortList(Record *&head, Key key) {
-    std::vector<Record *> records;
-    for (Record *record = head; record; record = record->next)
-        records.push_back(record);
+    std::vector<Record *> records = listRecords(head);
     std::ranges::stable_sort(records, {}, key);
     linkRecords(head, records, std::identity());
 }
@@ -131,12 +139,14 @@ template <NamedRecord Record> void sortListByName(Record *&head) {
 // Writes one line per record to standard output, numbered from 1. Of a name with a ":" only the
 // text after the first one is shown.
 template <NamedRecord Record> void printNumberedList(const Record *head) {
-    std::string line;
+    std::string lines;
     for (int number = 1; head; head = head->next, number++) {
         const std::string_view name = head->name;
-        line.clear();
-        appendNumber(line, number, LIST_NUMBER_WIDTH);
-        line.append(". ").append(name.substr(name.find(':') + 1)).push_back('\n');
-        writeText(stdout, line);
+        appendNumber(lines, number, LIST_NUMBER_WIDTH);
+        lines.append(". ").append(name.substr(name.find(':') + 1)).push_back('\n');
+        if (lines.size() >= LIST_BLOCK_SIZE || !head->next) {
+            writeText(stdout, lines);
+            lines.clear();
+        }
     }
 }

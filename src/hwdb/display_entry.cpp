@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "config/lists.h"
 #include "frame/line_reader.h"
 #include "frame/messages.h"
 #include "frame/number_text.h"
@@ -240,9 +241,8 @@ VideoMode *readDisplayEntry(CardEntry &card) {
 }
 
 std::vector<VideoMode *> selectedModes(VideoMode *modes, const std::vector<int> &selection) {
-    std::vector<VideoMode *> all, chosen;
-    for (; modes; modes = modes->next)
-        all.push_back(modes);
+    const auto all = listRecords(modes);
+    std::vector<VideoMode *> chosen;
     for (const int position : selection) {
         if (position < 1 || static_cast<std::size_t>(position) > all.size())
             break;
