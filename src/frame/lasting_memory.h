@@ -1,13 +1,14 @@
-// Memory of records and texts that last until the process ends. They lie side by side in it:
-// spread over the heap a long list would be slow to sort and to print.
+// Records and texts that last until the process ends, each kind side by side in memory: spread over
+// the heap a long list would be slow to sort and to print.
 #pragma once
 
 #include <memory_resource>
 #include <string_view>
 #include <type_traits>
 
-// Takes no memory itself before the first use, when running out of it could not be reported yet.
-extern std::pmr::monotonic_buffer_resource lastingMemory;
+// No memory is taken before the first use: at the start running out of it could not be reported
+// yet.
+extern std::pmr::monotonic_buffer_resource lastingTexts, lastingRecords;
 
 // A copy of `text` that lasts.
 std::string_view keepText(std::string_view text);
@@ -15,5 +16,5 @@ std::string_view keepText(std::string_view text);
 // A copy of `record` that lasts.
 template <typename Record> Record *keepRecord(const Record &record) {
     static_assert(std::is_trivially_destructible_v<Record>);
-    return std::pmr::polymorphic_allocator<>(&lastingMemory).new_object<Record>(record);
+    return std::pmr::polymorphic_allocator<>(&lastingRecords).new_object<Record>(record);
 }

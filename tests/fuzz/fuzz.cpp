@@ -48,7 +48,8 @@ void MemoryBound::check() const {
 
 void forgetCards() {
     cardList = nullptr;
-    lastingMemory.release();
+    lastingTexts.release();
+    lastingRecords.release();
 }
 
 std::string extraLinesOf(std::string_view lines) {
