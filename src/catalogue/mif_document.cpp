@@ -16,7 +16,7 @@
 #include "frame/replace_file.h"
 
 static constexpr std::size_t MIF_PIECE_MAX = 254;     // bytes of a line read at once
-static constexpr std::size_t MIF_BUFFER_SIZE = 65536; // bytes; file systems take many at a time
+static constexpr std::size_t MIF_BUFFER_SIZE = 65536; // bytes; few large writes are faster
 static constexpr std::size_t MIF_CELL_USUAL = 384;    // bytes of a cell with a short text
 static constexpr std::string_view MIF_TABLE_BODY = "<TblBody";
 static constexpr std::string_view MIF_ROW_END = "  > # end of Row\n";
@@ -150,7 +150,7 @@ void updateMifCatalogue(const char *path, bool marks) {
     if (!document)
         systemError("cannot open file %s", path);
     const std::string newPath = path + ("." + std::to_string(getpid()));
-    std::vector<char> buffer(MIF_BUFFER_SIZE);
+    std::vector<char> buffer(MIF_BUFFER_SIZE); // outlives the stream
     File out = createNewFile(newPath);
     if (!out)
         systemError("cannot open tmp file %s", path);

@@ -17,8 +17,11 @@
 #include "frame/file.h"
 #include "frame/number_text.h"
 
-inline constexpr std::size_t LIST_NUMBER_WIDTH = 3;   // characters; larger numbers take more
-inline constexpr std::size_t LIST_BLOCK_SIZE = 16384; // bytes of lines that are written at once
+inline constexpr std::size_t LIST_NUMBER_WIDTH = 3; // characters; larger numbers take more
+
+// Bytes of lines that are written at once. One line more still fits the stream's 4096 bytes, so
+// what cannot be written stays there until the close, which tries again and tells the reason.
+inline constexpr std::size_t LIST_BLOCK_SIZE = 2048;
 
 template <typename Record>
 concept ListRecord = requires(Record record) {
@@ -107,8 +110,8 @@ inline std::uint64_t sortBytes(std::string_view text, std::size_t from) {
     return bytes;
 }
 
-// Sorts records whose names agree in the bytes before `from`. The names lie scattered in memory:
-// a look at each for every comparison would be a wait for it.
+// Sorts records whose names agree in the bytes before `from`. Their order in memory is another one,
+// so to compare the names themselves would be a wait for memory each time.
 template <NamedRecord Record>
 void sortEntries(std::span<SortEntry<Record>> entries, std::size_t from) {
     for (SortEntry<Record> &entry : entries)

@@ -82,8 +82,6 @@ void endCurses() {
 
 std::string copyLine(std::string_view text) { return std::string(chopNewline(text)); }
 
-std::string_view &chopNewline(std::string_view &text) {
-    if (text.ends_with('\n'))
-        text.remove_suffix(1);
-    return text;
+std::string_view chopNewline(std::string_view text) {
+    return text.substr(0, text.size() - (text.ends_with('\n') ? 1 : 0));
 }

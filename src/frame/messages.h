@@ -27,8 +27,8 @@ bool terminalHas(const char *capability);
 // Gives the terminal back from curses; does nothing when curses is not active.
 void endCurses();
 
-// A copy of `text` without its last character when that is a line end; only one is removed.
+// A copy of what chopNewline leaves of `text`.
 std::string copyLine(std::string_view text);
 
-// Removes the last character of `text` when it is a line end; returns `text`.
-std::string_view &chopNewline(std::string_view &text);
+// `text` without its last character when that is a line end; only one is removed.
+std::string_view chopNewline(std::string_view text);

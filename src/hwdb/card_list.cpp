@@ -40,12 +40,11 @@ static void finishCard(CardReader &reader) {
 static void readCardLine(CardReader &reader, std::string_view line) {
     if (line.starts_with(CARD_CLASS)) {
         finishCard(reader);
-        line.remove_prefix(std::min(CARD_CLASS_TEXT_FROM, line.size()));
-        reader.cardClass = keepText(chopNewline(line));
+        const auto text = line.substr(std::min(CARD_CLASS_TEXT_FROM, line.size()));
+        reader.cardClass = keepText(chopNewline(text));
     } else if (!collectExtraLine(line) && !line.starts_with('#') && line.size() > CARD_SHORT_LINE) {
         finishCard(reader);
-        line = line.substr(0, line.find(','));
-        reader.pending = keepText(chopNewline(line));
+        reader.pending = keepText(chopNewline(line.substr(0, line.find(','))));
     }
 }
 

@@ -20,7 +20,7 @@ inline constexpr std::uint32_t CARD_NO_VIRTUAL = 0x1; // one mode, no larger vir
 struct CardEntry {
     CardEntry *next = nullptr;
     std::string_view name;       // may begin with a prefix that ends in ":"
-    std::string_view cardClass;  // one text for all cards of a class; empty: not known
+    std::string_view cardClass;  // shared by its cards; empty: not known
     std::string_view extraLines; // lines for the screen section, each with its line end
     std::uint32_t flags = 0;     // CARD_NO_VIRTUAL, set by reading the display entry
 };

@@ -11,8 +11,8 @@ static std::string pendingLines;
 bool collectExtraLine(std::string_view line) {
     if (!line.starts_with(':'))
         return false;
-    line.remove_prefix(std::min(EXTRA_TEXT_FROM, line.size()));
-    pendingLines.append(chopNewline(line)).push_back('\n');
+    const auto text = line.substr(std::min(EXTRA_TEXT_FROM, line.size()));
+    pendingLines.append(chopNewline(text)).push_back('\n');
     return true;
 }
 

@@ -56,6 +56,7 @@ std::string extraLinesOf(std::string_view lines) {
     std::string text;
     for (std::size_t size; !lines.empty(); lines.remove_prefix(size)) {
         size = lines.find('\n') + 1;
+        require(size > 0, "an extra line has a line end");
         text.append(": ").append(lines.substr(0, size));
     }
     return text;

@@ -33,5 +33,9 @@ void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
     }
 }
 
+// Memory resources ask so; what they are asked for needs no more alignment than malloc gives.
+void *operator new(std::size_t size, std::align_val_t) { return operator new(size); }
+
 void operator delete(void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void *memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
