@@ -21,9 +21,9 @@ static constexpr const char *STAGE_COMMAND =
     "'" SCRCONF_SOURCE_DIR "/tools/stage-root' '" SCRCONF_PROGRAM "' root";
 
 static const std::map<std::string, std::string> NAMED_KEYS = {
-    {"<Up>", "\033OA"},    {"<Down>", "\033OB"}, // in keypad mode
-    {"<Enter>", "\r"},     {"<Esc>", "\033"},    {"<Space>", " "},
-    {"<Backspace>", "\b"}, {"<Delete>", "\x7f"}};
+    {"<Up>", "\033OA"}, {"<Down>", "\033OB"}, // in keypad mode
+    {"<Enter>", "\r"},  {"<Esc>", "\033"},    {"<Space>", " "}, {"<Backspace>", "\b"}};
+static constexpr const char *KEYPAD_MODE = "\033[?1h"; // not on a Linux console
 
 // Of a terminal this also makes the kernel deliver what the other side has written before.
 static bool hasInput(int file, int wait) {
@@ -81,9 +81,11 @@ static std::string rowText(VTermScreen *display, int row, int end) {
     return text + (mark.empty() ? "" : "}");
 }
 
+TerminalTest::TerminalTest() { stage(); }
+
 TerminalTest::~TerminalTest() { stop(); }
 
-void TerminalTest::SetUp() {
+void TerminalTest::stage() {
     if (!canEnterPrivateRoot())
         GTEST_SKIP() << "a private root takes root or user namespaces: " << readFile("errors");
     std::filesystem::create_directories("root/proc/self");
@@ -132,8 +134,8 @@ void TerminalTest::press(std::string_view keys) {
         keys.remove_prefix(key.size());
         ASSERT_FALSE(ended()) << "the program ended before " << key << "; screen:\n" << screen();
         std::string bytes = key.size() == 1 ? key : NAMED_KEYS.at(key);
-        if (key == "<Up>" || key == "<Down>")
-            bytes[1] = arrows;
+        if (bytes.size() == 3 && output.find(KEYPAD_MODE) == output.npos)
+            bytes[1] = '[';
         send(bytes);
     }
 }

@@ -18,11 +18,10 @@
 
 class TerminalTest : public TempDirTest {
   protected:
-    ~TerminalTest() override; // ends the program if it still runs
-
     // Makes the private root, "root" below the current directory, with the program and its data
     // files and without a configuration; skips the test where it cannot be entered.
-    void SetUp() override;
+    TerminalTest();
+    ~TerminalTest() override; // ends the program if it still runs
 
     // Starts the program in a new terminal; a program started earlier is ended.
     void start(const Arguments &arguments = {}, const Settings &settings = {});
@@ -31,8 +30,8 @@ class TerminalTest : public TempDirTest {
     RunResult run(const Arguments &arguments, const Settings &settings = {},
                   User user = User::ROOT);
 
-    // Sends keys one by one: a character, or "<Up>", "<Down>", "<Enter>", "<Esc>", "<Space>",
-    // "<Backspace>" (8) or "<Delete>" (127).
+    // Sends keys one by one: a character, or "<Up>", "<Down>", "<Enter>", "<Esc>", "<Space>" or
+    // "<Backspace>" (8).
     void press(std::string_view keys);
 
     // Sends bytes all at once; the program may have ended, or end amid them.
@@ -60,8 +59,10 @@ class TerminalTest : public TempDirTest {
     std::string screen() const;         // all rows
     std::pair<int, int> cursor() const; // row, column
 
+    const std::filesystem::path root = directory / "root", korvel = root / "usr/lib/X11/Korvel",
+                                config = root / "etc/X11/Xconfig",
+                                temporary = root / "etc/X11/Xconfig.tmp";
     unsigned short lines = 24, columns = 80; // size of the terminal that start() makes
-    char arrows = 'O';         // the second byte of an arrow key; on a Linux console '['
     bool hangsUp = false;      // the program gets SIGHUP; else it is ignored, as under nohup
     bool errorsToFile = false; // standard error goes to the file "errors", not to the terminal
     std::string output;        // all bytes that the terminal got since start()
@@ -69,6 +70,7 @@ class TerminalTest : public TempDirTest {
     int slave = -1;            // the program's end of the terminal
 
   private:
+    void stage();
     void settle(const std::string &cause);
     bool feed(int wait);
 

@@ -20,7 +20,6 @@ struct CatalogueRunTest : TerminalTest {
         std::ranges::sort(names);
         return names;
     }
-    fs::path root = directory / "root";
     fs::path document = root / "tmp/document";
 };
 
@@ -48,9 +47,8 @@ TEST_F(CatalogueRunTest, ABrowserShowsARowPerCard) {
 }
 
 TEST_F(CatalogueRunTest, AFatalErrorLeavesTheDocumentAndTheUnfinishedFile) {
-    const fs::path data = root / "usr/lib/X11/Korvel";
-    writeFile(data / "scrconf/CardInfo", "Class bare\nArdent\nClass absent\nZenith\n");
-    writeFile(data / "DisplayConfig/bare/config", "Driver bare\n");
+    writeFile(korvel / "scrconf/CardInfo", "Class bare\nArdent\nClass absent\nZenith\n");
+    writeFile(korvel / "DisplayConfig/bare/config", "Driver bare\n");
     writeFile(document, "head\n <TblBody >\n");
     const std::string entry = "/usr/lib/X11/Korvel/DisplayConfig/absent/config\n";
     const RunResult result = run({"-l", "/tmp/document"});

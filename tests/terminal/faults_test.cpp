@@ -19,12 +19,7 @@ static std::string fatal(const std::string &message) {
 }
 
 struct FaultsTest : TerminalTest {
-    void SetUp() override {
-        TerminalTest::SetUp();
-        if (IsSkipped())
-            return;
-        writeFile(config, CONFIG_TEXT);
-    }
+    void SetUp() override { writeFile(config, CONFIG_TEXT); }
     // The messages of a run that is to end with status 1 before it needs a terminal.
     std::string failure(const Arguments &arguments, const Settings &settings = {}) {
         const RunResult result = run(arguments, settings);
@@ -33,8 +28,6 @@ struct FaultsTest : TerminalTest {
         return result.errors;
     }
     static constexpr const char *CONFIG_TEXT = "Driver one\nDriver two\n";
-    fs::path root = directory / "root";
-    fs::path config = root / "etc/X11/Xconfig";
 };
 
 TEST_F(FaultsTest, ArgumentsAreTakenInOrder) {
@@ -106,7 +99,7 @@ TEST_F(FaultsTest, TheTemplateIsNeededWithoutAConfiguration) {
 }
 
 TEST_F(FaultsTest, AMissingDisplayEntryLeavesCursesAndTheFile) {
-    fs::remove_all(root / "usr/lib/X11/Korvel/DisplayConfig/perm3");
+    fs::remove_all(korvel / "DisplayConfig/perm3");
     const std::string message =
         "Can't open DisplayConfig entry /usr/lib/X11/Korvel/DisplayConfig/perm3/config";
     start();
@@ -123,7 +116,7 @@ TEST_F(FaultsTest, AMissingDisplayEntryLeavesCursesAndTheFile) {
 }
 
 TEST_F(FaultsTest, AMessageIsPaintedOverByTheNextDrawing) {
-    const fs::path entry = root / "usr/lib/X11/Korvel/DisplayConfig/perm3/config";
+    const fs::path entry = korvel / "DisplayConfig/perm3/config";
     writeFile(entry, "Modes\n1 2 8 60 \"odd\n640 480 8 60 25 word\n");
     start();
     press("<Enter><Enter><Enter>");
@@ -188,7 +181,7 @@ TEST_F(FaultsTest, ASignalEndsTheRunAndGivesTheTerminalBack) {
 
 TEST_F(FaultsTest, LostOutputIsAnErrorAndNeverEndsUpInAFile) {
     const fs::path page = root / "tmp/page";
-    writeFile(root / "usr/lib/X11/Korvel/scrconf/CardInfo", "Orphan\nClass vga\nSome card\n");
+    writeFile(korvel / "scrconf/CardInfo", "Orphan\nClass vga\nSome card\n");
     const auto runInto = [&](const char *name, const char *target, const Arguments &arguments) {
         for (const char *file : {"output", "errors"})
             fs::remove(file);

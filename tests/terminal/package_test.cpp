@@ -36,15 +36,14 @@ TEST_F(PackageTest, IsInstalledUsedAndPurged) {
     EXPECT_EQ(list.errors, "");
     EXPECT_TRUE(list.output.starts_with("  1. ")) << list.output;
 
-    const std::string path = "root/etc/X11/Xconfig";
-    writeFile(path, "LogFile /tmp/log\nDriver one\n");
+    writeFile(config, "LogFile /tmp/log\nDriver one\n");
     start();
     press("<Enter><Down><Down><Enter>"); // the information screen, "Save and Exit"
     EXPECT_EQ(exitStatus(), 0);
-    const std::string saved = readFile(path);
+    const std::string saved = readFile(config);
     EXPECT_EQ(saved, "LogFile /tmp/log\n\n\n\nDriver one\n");
     perform(PURGE_PACKAGE);
-    EXPECT_EQ(readFile(path), saved);
+    EXPECT_EQ(readFile(config), saved);
     EXPECT_FALSE(fs::exists("root/usr/sbin/scrconf"));
-    EXPECT_FALSE(fs::exists("root/usr/lib/X11/Korvel"));
+    EXPECT_FALSE(fs::exists(korvel));
 }

@@ -4,11 +4,11 @@
 
 #include "support/terminal.h"
 
-struct ReadmeTest : TerminalTest {};
+using ReadmeTest = TerminalTest;
 
 // tools/update-readme asks for the picture through SCRCONF_PICTURE, the file to write it to.
 TEST_F(ReadmeTest, ShowsTheMainScreen) {
-    writeFile("root/etc/X11/Xconfig", readFile(SCRCONF_SOURCE_DIR "/data/sample/Xconfig"));
+    writeFile(config, readFile(SCRCONF_SOURCE_DIR "/data/sample/Xconfig"));
     start();
     press("<Enter>");
     const std::string picture = std::regex_replace(screen(), std::regex("\\{b?r?:|\\}"), "");

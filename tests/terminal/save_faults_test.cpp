@@ -24,11 +24,7 @@ struct SaveFaultsTest : TerminalTest {
             umount2(folder.c_str(), MNT_DETACH);
     }
     void SetUp() override {
-        TerminalTest::SetUp();
-        if (IsSkipped())
-            return;
         errorsToFile = true;
-        const fs::path korvel = root / "usr/lib/X11/Korvel";
         writeFile(korvel / "MonitorConfig/timings.vda", sampleFile("one-timing.vda"));
         writeFile(korvel / "scrconf/CardInfo", "Class one\nA card of that class\n: Extra line\n");
         writeFile(korvel / "scrconf/MouseInfo", "Mouse \"A pointing device\" Microsoft 2 /dev/m\n");
@@ -56,139 +52,125 @@ struct SaveFaultsTest : TerminalTest {
         mounts.push_back(folder);
         return true;
     }
-    void inject(pid_t process, const std::string &fault, const std::vector<std::string> &paths);
+    // Lets strace do `fault` to the process from now on, to calls on `paths` alone if there are
+    // any. Where it may not, `traced` becomes false.
+    void inject(pid_t process, const std::string &fault, const std::vector<std::string> &paths) {
+        const std::string target = std::to_string(process), rule = "inject=" + fault;
+        std::vector<const char *> command = {"strace", "-qq",        "-o", "trace",
+                                             "-e",     rule.c_str(), "-p", target.c_str()};
+        for (const std::string &path : paths)
+            command.insert(command.end(), {"-P", path.c_str()});
+        command.push_back(nullptr);
+        tracer = fork();
+        if (tracer == 0) {
+            execvp(command[0], const_cast<char **>(command.data()));
+            _exit(1);
+        }
+        const auto attached = [&] {
+            return readFile("/proc/" + target + "/status").find("\nTracerPid:\t0\n") == target.npos;
+        };
+        waitUntil([&] { return attached() || waitpid(tracer, nullptr, WNOHANG) == tracer; },
+                  "strace does not attach");
+        traced = attached();
+    }
+    // The old or the new file stands, and the user is told which; `refused`: a notice told that
+    // nothing was written. False when the fault did not come to pass.
     bool checkOutcome(int result, bool refused, const std::string &text,
-                      const std::string &newText);
+                      const std::string &newText) {
+        waitpid(tracer, nullptr, 0);
+        const std::string errors = readFile("errors");
+        const bool isNew = result == STATUS_KILLED ? text == newText
+                           : result == 0           ? !refused
+                                                   : errors.find(" is in place, ") != errors.npos;
+        EXPECT_EQ(text, isNew ? newText : OLD_TEXT) << errors;
+        EXPECT_EQ(errors.empty(), result != 1) << errors;
+        EXPECT_TRUE(result == 0 || result == 1 || result == STATUS_KILLED) << result;
+        return result == STATUS_KILLED || readFile("trace").find("(INJECTED)") != text.npos;
+    }
+    // Lets each call of each kind fail in turn, from the first to the last that `attempt` makes; it
+    // tells whether the fault came to pass.
     void failEachCall(const char *action, int least,
-                      const std::function<bool(const std::string &)> &attempt);
-    void failEachCallOfSave(const std::string &path, const char *action);
-    void failEachCallOfUpdate(const char *action);
+                      const std::function<bool(const std::string &)> &attempt) {
+        int cases = 0;
+        for (const std::string call : CALLS)
+            for (int n = 1; traced; n++, cases++) {
+                const std::string fault = call + action + ":when=" + std::to_string(n);
+                SCOPED_TRACE(fault);
+                if (!attempt(fault))
+                    break;
+            }
+        if (!traced)
+            GTEST_SKIP() << "no strace, or it may not trace: " << messages();
+        EXPECT_GE(cases, least) << "calls are missing in CALLS";
+    }
+    void failEachCallOfSave(const std::string &path, const char *action) {
+        const fs::path file = root / path.substr(1);
+        writeFile(file, OLD_TEXT);
+        ASSERT_EQ(save(path), 0);
+        const std::string newText = readFile(file);
+        failEachCall(action, 30, [&](const std::string &fault) {
+            std::error_code otherFileSystem;
+            fs::remove(temporary);
+            writeFile(file, OLD_TEXT);
+            fs::create_hard_link(file, temporary, otherFileSystem); // the worst rest of a save
+            configure(path);
+            inject(program, fault, {});
+            press("<Enter>");
+            const bool changed =
+                screen().find(" has changed since it was read") != std::string::npos;
+            if (changed)
+                stop();
+            const int result = changed ? 0 : exitStatus();
+            if (!checkOutcome(result, changed, readFile(file), newText))
+                return false;
+            if (fs::exists(temporary)) {
+                EXPECT_EQ(save(path), 0);
+                EXPECT_EQ(readFile(file), newText);
+                EXPECT_FALSE(fs::exists(temporary));
+            }
+            return true;
+        });
+    }
+    // The command has no wait at which it could be attached to: it is stopped before it starts, and
+    // the faults are those of calls on the document's folder and the files in it.
+    void failEachCallOfUpdate(const char *action) {
+        const Arguments arguments = {"-l", "/mif/document"};
+        const fs::path document = root / "mif/document";
+        writeFile(document, OLD_TEXT);
+        ASSERT_EQ(run(arguments).status, 0);
+        const std::string newText = readFile(document);
+        failEachCall(action, 15, [&](const std::string &fault) {
+            fs::remove_all(root / "mif");
+            writeFile(document, OLD_TEXT);
+            const pid_t process = fork();
+            if (process == 0) {
+                dup2(open("output", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDOUT_FILENO);
+                dup2(open("errors", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDERR_FILENO);
+                raise(SIGSTOP);
+                executeInPrivateRoot("root", arguments, {}, User::ROOT);
+            }
+            waitpid(process, nullptr, WUNTRACED);
+            std::vector<std::string> paths;
+            const std::string names[] = {"", "/document", "/document." + std::to_string(process)};
+            for (const std::string &name : names) // seen from inside, and through descriptors
+                paths.insert(paths.end(), {"/mif" + name, (root / "mif").string() + name});
+            inject(process, fault, paths);
+            kill(process, SIGCONT);
+            int waitStatus = 0;
+            waitpid(process, &waitStatus, 0);
+            if (!checkOutcome(shellStatus(waitStatus), false, readFile(document), newText))
+                return false;
+            writeFile(document, OLD_TEXT);
+            EXPECT_EQ(run(arguments).status, 0);
+            EXPECT_EQ(readFile(document), newText);
+            return true;
+        });
+    }
 
-    fs::path root = directory / "root";
-    fs::path temporary = root / "etc/X11/Xconfig.tmp";
     std::vector<fs::path> mounts;
     pid_t tracer = 0;
     bool traced = true;
 };
-
-// Lets strace do `fault` to the process from now on, to calls on `paths` alone if there are any.
-// Where it may not, `traced` becomes false.
-void SaveFaultsTest::inject(pid_t process, const std::string &fault,
-                            const std::vector<std::string> &paths) {
-    const std::string target = std::to_string(process), rule = "inject=" + fault;
-    std::vector<const char *> command = {"strace", "-qq",        "-o", "trace",
-                                         "-e",     rule.c_str(), "-p", target.c_str()};
-    for (const std::string &path : paths)
-        command.insert(command.end(), {"-P", path.c_str()});
-    command.push_back(nullptr);
-    tracer = fork();
-    if (tracer == 0) {
-        execvp(command[0], const_cast<char **>(command.data()));
-        _exit(1);
-    }
-    const auto attached = [&] {
-        return readFile("/proc/" + target + "/status").find("\nTracerPid:\t0\n") == target.npos;
-    };
-    waitUntil([&] { return attached() || waitpid(tracer, nullptr, WNOHANG) == tracer; },
-              "strace does not attach");
-    traced = attached();
-}
-
-// The old or the new file stands, and the user is told which; `refused`: a notice told that nothing
-// was written. False when the fault did not come to pass.
-bool SaveFaultsTest::checkOutcome(int result, bool refused, const std::string &text,
-                                  const std::string &newText) {
-    waitpid(tracer, nullptr, 0);
-    const std::string errors = readFile("errors");
-    const bool isNew = result == STATUS_KILLED ? text == newText
-                       : result == 0           ? !refused
-                                               : errors.find(" is in place, ") != errors.npos;
-    EXPECT_EQ(text, isNew ? newText : OLD_TEXT) << errors;
-    EXPECT_EQ(errors.empty(), result != 1) << errors;
-    EXPECT_TRUE(result == 0 || result == 1 || result == STATUS_KILLED) << result;
-    return result == STATUS_KILLED || readFile("trace").find("(INJECTED)") != text.npos;
-}
-
-// Lets each call of each kind fail in turn, from the first to the last that `attempt` makes; it
-// tells whether the fault came to pass.
-void SaveFaultsTest::failEachCall(const char *action, int least,
-                                  const std::function<bool(const std::string &)> &attempt) {
-    int cases = 0;
-    for (const std::string call : CALLS)
-        for (int n = 1; traced; n++, cases++) {
-            const std::string fault = call + action + ":when=" + std::to_string(n);
-            SCOPED_TRACE(fault);
-            if (!attempt(fault))
-                break;
-        }
-    if (!traced)
-        GTEST_SKIP() << "no strace, or it may not trace: " << messages();
-    EXPECT_GE(cases, least) << "calls are missing in CALLS";
-}
-
-void SaveFaultsTest::failEachCallOfSave(const std::string &path, const char *action) {
-    const fs::path config = root / path.substr(1);
-    writeFile(config, OLD_TEXT);
-    ASSERT_EQ(save(path), 0);
-    const std::string newText = readFile(config);
-    failEachCall(action, 30, [&](const std::string &fault) {
-        std::error_code otherFileSystem;
-        fs::remove(temporary);
-        writeFile(config, OLD_TEXT);
-        fs::create_hard_link(config, temporary, otherFileSystem); // the worst rest of a save
-        configure(path);
-        inject(program, fault, {});
-        press("<Enter>");
-        const bool changed = screen().find(" has changed since it was read") != std::string::npos;
-        if (changed)
-            stop();
-        const int result = changed ? 0 : exitStatus();
-        if (!checkOutcome(result, changed, readFile(config), newText))
-            return false;
-        if (fs::exists(temporary)) {
-            EXPECT_EQ(save(path), 0);
-            EXPECT_EQ(readFile(config), newText);
-            EXPECT_FALSE(fs::exists(temporary));
-        }
-        return true;
-    });
-}
-
-// The command has no wait at which it could be attached to: it is stopped before it starts, and
-// the faults are those of calls on the document's folder and the files in it.
-void SaveFaultsTest::failEachCallOfUpdate(const char *action) {
-    const Arguments arguments = {"-l", "/mif/document"};
-    const fs::path document = root / "mif/document";
-    writeFile(document, OLD_TEXT);
-    ASSERT_EQ(run(arguments).status, 0);
-    const std::string newText = readFile(document);
-    failEachCall(action, 15, [&](const std::string &fault) {
-        fs::remove_all(root / "mif");
-        writeFile(document, OLD_TEXT);
-        const pid_t process = fork();
-        if (process == 0) {
-            dup2(open("output", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDOUT_FILENO);
-            dup2(open("errors", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDERR_FILENO);
-            raise(SIGSTOP);
-            executeInPrivateRoot("root", arguments, {}, User::ROOT);
-        }
-        waitpid(process, nullptr, WUNTRACED);
-        std::vector<std::string> paths;
-        const std::string names[] = {"", "/document", "/document." + std::to_string(process)};
-        for (const std::string &name : names) // seen from inside, and through descriptors
-            paths.insert(paths.end(), {"/mif" + name, (root / "mif").string() + name});
-        inject(process, fault, paths);
-        kill(process, SIGCONT);
-        int waitStatus = 0;
-        waitpid(process, &waitStatus, 0);
-        if (!checkOutcome(shellStatus(waitStatus), false, readFile(document), newText))
-            return false;
-        writeFile(document, OLD_TEXT);
-        EXPECT_EQ(run(arguments).status, 0);
-        EXPECT_EQ(readFile(document), newText);
-        return true;
-    });
-}
 
 TEST_F(SaveFaultsTest, EachCallOfACatalogueFails) { failEachCallOfUpdate(":error=EIO"); }
 
@@ -214,7 +196,6 @@ TEST_F(SaveFaultsTest, KilledAtEachCallAcrossFileSystems) {
 }
 
 TEST_F(SaveFaultsTest, ASignalWaitsForTheEndOfTheSave) {
-    const fs::path config = root / "etc/X11/Xconfig";
     writeFile(config, OLD_TEXT);
     configure("/etc/X11/Xconfig");
     inject(program, "/^rename:signal=SIGTERM", {});
@@ -230,18 +211,18 @@ TEST_F(SaveFaultsTest, AFullAndAReadOnlyFileSystem) {
         GTEST_SKIP() << "no mounts";
     const auto check = [&](const std::string &path, const std::string &onFull,
                            const std::string &onReadOnly) {
-        const fs::path config = root / path.substr(1), folder = config.parent_path();
+        const fs::path file = root / path.substr(1), folder = file.parent_path();
         const auto remount = [&](unsigned long flags, const char *options) {
             EXPECT_EQ(mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | flags, options), 0);
         };
-        writeFile(config, OLD_TEXT);
+        writeFile(file, OLD_TEXT);
         for (const bool full : {true, false}) {
             if (!full)
                 remount(MS_RDONLY, "size=64k");
             EXPECT_EQ(save(path), 1);
             EXPECT_EQ(readFile("errors"),
                       "\nFatal error:\n" + (full ? onFull : onReadOnly) + "\n\n");
-            EXPECT_EQ(readFile(config), OLD_TEXT);
+            EXPECT_EQ(readFile(file), OLD_TEXT);
         }
         remount(0, "size=64k");
         EXPECT_EQ(save(path), 0);
@@ -256,7 +237,7 @@ TEST_F(SaveFaultsTest, AFullAndAReadOnlyFileSystem) {
 
 // Whatever has the temporary file's name is never followed and never opened.
 TEST_F(SaveFaultsTest, ATakenTemporaryName) {
-    const fs::path config = root / "etc/X11/Xconfig", other = root / "tmp/other";
+    const fs::path other = root / "tmp/other";
     const std::function<void()> obstacles[] = {
         [&] { fs::create_hard_link(config, temporary); },
         [&] { fs::create_symlink("/tmp/other", temporary); },
@@ -287,7 +268,6 @@ TEST_F(SaveFaultsTest, ATakenTemporaryName) {
 
 // At each allocation from the start of a run to the end of its save.
 TEST_F(SaveFaultsTest, MemoryRunsOut) {
-    const fs::path config = root / "etc/X11/Xconfig";
     fs::copy_file(SCRCONF_SCARCE_MEMORY, root / "usr/sbin/scrconf",
                   fs::copy_options::overwrite_existing);
     writeFile(config, OLD_TEXT);
