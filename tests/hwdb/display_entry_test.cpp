@@ -52,12 +52,13 @@ TEST_F(DisplayEntryTest, TheThreeFormsOfAModeLine) {
 }
 
 TEST_F(DisplayEntryTest, ExtraLinesGoToTheModeBeforeThemIfItWasMade) {
-    VideoMode *modes = read("Modes\n: to the first\n"
+    VideoMode *modes = read("NoVirtual\nModes\n: to the first\n"
                             "8 8 8 8 \"unknown\"\n: dropped with it\n"
                             "8 8 8 8 8 first\n: also to the first\n"
                             "8 8 8 8 \"unterminated\n: dropped too\n"
                             "8 8 8 8 8 second\n"
                             "8 8 8 8 8 third\n: last");
+    EXPECT_EQ(card.flags, CARD_NO_VIRTUAL);
     ASSERT_EQ(listCount(modes), 3);
     EXPECT_EQ(modes->extraLines, "to the first\nalso to the first\n");
     EXPECT_EQ(modes->next->extraLines, "");
@@ -85,17 +86,8 @@ TEST_F(DisplayEntryTest, LinesAndTextsEndAtTheirLimits) {
     EXPECT_EQ(modes->next->name, modes->name);
 }
 
-TEST_F(DisplayEntryTest, NoVirtualCountsAnywhereAndAnEntryMayHaveNoModes) {
-    EXPECT_EQ(read("Driver x\n: pending\n"), nullptr);
-    EXPECT_EQ(card.flags, 0u);
-    EXPECT_EQ(read("Modes\nNoVirtual\n"), nullptr);
-    EXPECT_EQ(card.flags, CARD_NO_VIRTUAL);
-}
-
-TEST_F(DisplayEntryTest, AnEntryThatCannotBeTrustedIsFatal) {
-    EXPECT_EXIT(read("Modes\n640 480 8 60\n"), testing::ExitedWithCode(1),
-                "^\nFatal error:\nInternal error, file 640 480 8 60\n\n\n$");
-    card.cardClass = "none";
-    EXPECT_EXIT(readDisplayEntry(card), testing::ExitedWithCode(1),
-                "Can't open DisplayConfig entry .*DisplayConfig/none/config\n");
+TEST_F(DisplayEntryTest, ANumberThatBeginsNoModeIsFatal) {
+    for (const std::string line : {"640 480 8 60\n", "8 8 8 8 \"\n", "8 8 8 8 8\n", "1 x"})
+        EXPECT_EXIT(read("Modes\n" + line), testing::ExitedWithCode(1),
+                    "^\nFatal error:\nInternal error, file " + line + "\n\n$");
 }

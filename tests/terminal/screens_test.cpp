@@ -24,7 +24,7 @@ struct ScreensTest : TerminalTest {
             modes += std::to_string(8 * n) + " 100 " + (n == 2 ? "16" : "8") + " 60 25 word\n";
         writeFile(korvel / "DisplayConfig/many/config", modes);
         writeFile(korvel / "DisplayConfig/one/config",
-                  "NoVirtual\nModes\n640 480 8 60 25 a\n800 600 8 60 25 b\n1024 768 8 60 25 c\n");
+                  "Modes\nNoVirtual\n640 480 8 60 25 a\n800 600 8 60 25 b\n1024 768 8 60 25 c\n");
         writeFile(korvel / "DisplayConfig/empty/config", "Modes\n");
         writeFile(korvel / "scrconf/MouseInfo", "Mouse \"Serial\" Microsoft 2 /dev/ttyS0\n"
                                                 "TouchScreen \"Panel\" Elo 1 NoDevice\n");

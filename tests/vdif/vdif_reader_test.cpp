@@ -95,8 +95,6 @@ TEST_F(VdifReaderTest, MonitorGetsTheLibraryTimingsThatFit) {
     EXPECT_EQ(library, "Slow 40500\nSame 50000\nSame 70000\nHalf 43000\nFast 91000\nlace 50000\n");
     EXPECT_EQ(timings(*loadMonitorDescriptions("library", "library")), library);
     EXPECT_EQ(loadMonitorDescriptions("library", nullptr), defaultDescription.get());
-    EXPECT_EQ(loadMonitorDescriptions("library", "missing"), nullptr);
-    EXPECT_EQ(loadMonitorDescriptions("library", "."), nullptr);
     EXPECT_EQ(messages(), "");
 }
 
