@@ -28,7 +28,10 @@ void showMessage(const char *format, ...) {
     va_end(arguments);
 }
 
-void fatalError(const char *, ...) { throw FatalError(); }
+void fatalError(const char *format, ...) {
+    std::fprintf(stderr, "Fatal: %s", format);
+    std::abort();
+}
 
 void require(bool held, const char *rule) {
     if (held)

@@ -2,7 +2,7 @@
 // directory, and checks what must hold for every input. A rule that is broken, an error that a
 // sanitizer finds and an input that takes too long are faults.
 //
-// Messages are formatted and dropped; a fatal error is the exception FatalError.
+// Messages are formatted and dropped; a fatal error is a fault.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,6 @@
 
 #include "config/lists.h"
 #include "support/files.h"
-
-struct FatalError {};
 
 // The target's own: reads one input and checks what came of it.
 void checkInput(std::string_view input);

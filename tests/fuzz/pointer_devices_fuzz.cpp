@@ -1,7 +1,4 @@
-// The pointer device database: read, written by its rules and read again; each device made the
-// configuration's, saved and found again.
-#include "config/config_lines.h"
-#include "config/config_writer.h"
+// The pointer device database: read, written by its rules and read again.
 #include "frame/paths.h"
 #include "fuzz/fuzz.h"
 #include "hwdb/pointer_devices.h"
@@ -20,12 +17,6 @@ static std::string writeDevices() {
     return text;
 }
 
-static void readConfiguration(std::string_view text) {
-    writeFile("Xconfig", text);
-    freeList(configLines);
-    configLines = readConfigLines("Xconfig");
-}
-
 static void readDevices(std::string_view text) {
     freeList(pointerDevices);
     writeFile(POINTER_LIST_PATH, text);
@@ -34,31 +25,12 @@ static void readDevices(std::string_view text) {
     bound.check();
 }
 
-// The database's last device, chosen in the menu, is written and read as the configuration's.
-static void checkLastDevice(std::string_view database) {
-    PointerDevice last;
-    for (const PointerDevice *device = pointerDevices; device; device = device->next)
-        last = *device;
-    PointerDevice *const usual = std::exchange(currentPointer, &last);
-    const std::string written = textOf(writeGlobalLines);
-    currentPointer = usual;
-    if (last.type.empty() || !linesFit(written, PIECE_MAX))
-        return;
-    readConfiguration(written);
-    readDevices(database);
-    require(currentPointer && currentPointer->type == last.type &&
-                currentPointer->device == last.device && currentPointer->name == last.name,
-            "the device that is saved is the current one again");
-}
-
 void checkInput(std::string_view input) {
-    readConfiguration("Mouse x\n");
     readDevices(input);
     const std::string written = writeDevices();
     if (linesFit(written, PIECE_MAX)) {
         readDevices(written);
         require(writeDevices() == written, "the devices that are written are read again");
     }
-    checkLastDevice(written);
     freeList(pointerDevices);
 }

@@ -22,22 +22,13 @@ static std::string shownScreen(const ScreenConfig &screen) {
     return shown;
 }
 
-static void checkSelection(const ScreenConfig &screen) {
-    std::vector<int> all;
-    for (int n = 1; n <= listCount(screen.modes); n++)
-        all.push_back(n);
-    require(all.size() <= SCREEN_MODE_MAX && screen.selection == all, "every mode is selected");
-}
-
 // Reads all screens into the table; what is shown of them.
 static std::string readScreens(std::size_t size) {
     std::string shown;
     const MemoryBound bound(size);
     for (screenCount = 0; screenCount < SCREEN_MAX; screenCount++) {
         ScreenConfig &screen = screens[static_cast<std::size_t>(screenCount)];
-        const bool found = parseScreenSection(CONFIG_PATH, screenCount, screen);
-        checkSelection(screen);
-        if (!found)
+        if (!parseScreenSection(CONFIG_PATH, screenCount, screen))
             break;
         shown += shownScreen(screen);
     }
@@ -45,15 +36,12 @@ static std::string readScreens(std::size_t size) {
     return shown;
 }
 
-static std::string copyOf(int index) {
-    return textOf([&](std::FILE *out) { copyScreenSection(index, CONFIG_PATH, out); });
-}
-
 // The sections of the file one behind the other; `count` becomes their number.
 static std::string copyOfAll(int &count) {
     std::string all;
     for (count = 0;; count++) {
-        const std::string section = copyOf(count);
+        const std::string section =
+            textOf([&](std::FILE *out) { copyScreenSection(count, CONFIG_PATH, out); });
         if (section.empty())
             return all;
         all += section;
