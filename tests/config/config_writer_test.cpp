@@ -29,34 +29,16 @@ struct ConfigWriterTest : TempDirTest {
     }
 };
 
-static VideoMode *makeMode(VideoMode *next, const char *name, float clock, std::uint32_t flags) {
-    auto *mode = new VideoMode;
-    mode->next = next;
-    mode->name = name;
-    mode->clock = clock;
-    mode->flags = flags;
-    return mode;
-}
-
 // Makes the screen one that was configured in this run: three modes of a class.
 static void configureScreen(ScreenConfig &screen) {
     writeFile("usr/lib/X11/Korvel/DisplayConfig/fast/config",
-              "# made for fast\nDriver fast x\nChipset f1\nModes\nnever copied\n");
-    screen.card = new CardEntry{nullptr, "Acme: One", "fast", "CardLine 1\n\n", 0};
-    screen.unchanged = 0;
-    auto *third = makeMode(nullptr, "1024x768", 65, 0xff);
-    third->extraLines = "not written\n";
-    auto *second = makeMode(third, "800x600:fast/w", 40, 0);
-    second->timingRef = "w";
-    second->extraLines = "ModeLine 1\nModeLine 2\n";
-    auto *first = makeMode(second, "640x480", 25.175F, 0x13);
-    first->hDisplay = 640, first->hSyncStart = 656, first->hSyncEnd = 752, first->hTotal = 800;
-    first->vDisplay = 480, first->vSyncStart = 490, first->vSyncEnd = 492, first->vTotal = 525;
-    screen.modes = first;
-    screen.selection = {2, 1, 3};
-    screen.virtualWidth = 1600;
-    screen.virtualHeight = 1200;
-    screen.depth = 24;
+              "# made for fast\nDriver fast x\nChipset f1\nModes\n"
+              "640 480 24 60 25 640 656 752 800 480 490 492 525 19\n"
+              "800 600 24 60 40 w\n: ModeLine 1\n: ModeLine 2\n"
+              "1024 768 24 60 65 0 0 0 0 0 0 0 0 255\n: not written\n");
+    auto *card = new CardEntry{nullptr, "Acme: One", "fast", "CardLine 1\n\n", 0};
+    screen = {card, 0, readDisplayEntry(*card), {2, 1, 3}, 1600, 1200, 24};
+    screen.modes->clock = 25.175F;
 }
 
 TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntryAndTheOtherKept) {
@@ -78,10 +60,7 @@ TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntryAndTheOtherKept
                                     "\n\n" +
                                         KEPT_SECTION);
     *currentPointer = {nullptr, "", "Elo", 0, {}};
-    std::FILE *out = std::fopen("global", "w");
-    writeGlobalLines(out);
-    std::fclose(out);
-    EXPECT_EQ(readFile("global"), "# LogFile /tmp/log\nMouse Elo\nOption \n\n\n\n");
+    EXPECT_EQ(textOf(writeGlobalLines), "# LogFile /tmp/log\nMouse Elo\nOption \n\n\n\n");
 }
 
 TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {

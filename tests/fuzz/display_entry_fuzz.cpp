@@ -1,11 +1,8 @@
-// Display entries: each mode line judged by scanf as well; the modes written, as an entry and as a
-// screen section, and read again.
+// Display entries: each mode line judged by scanf as well; the modes written and read again.
 #include <cmath>
 #include <vector>
 
-#include "config/config_writer.h"
 #include "config/lists.h"
-#include "config/screen_config.h"
 #include "frame/line_reader.h"
 #include "fuzz/fuzz.h"
 #include "hwdb/display_entry.h"
@@ -104,27 +101,6 @@ static void checkReread(const VideoMode *modes) {
     freeList(again);
 }
 
-// The section's lines behind its last "Modes" are the mode lines: names hold no line end.
-static void checkSection(VideoMode *modes) {
-    ScreenConfig screen;
-    screen.card = &card;
-    screen.modes = modes;
-    for (int n = 1; n <= listCount(modes); n++)
-        screen.selection.push_back(n);
-    const std::string section = textOf([&](std::FILE *out) { writeScreenSection(out, screen); });
-    writeFile("Xconfig", "Driver x\n" + section.substr(section.rfind("Modes \n")));
-    ScreenConfig again;
-    parseScreenSection("Xconfig", 0, again);
-    require(again.selection.size() ==
-                std::min<std::size_t>(screen.selection.size(), SCREEN_MODE_MAX),
-            "every mode that is written is read again");
-    for (const VideoMode *mode = again.modes; mode; mode = mode->next, modes = modes->next)
-        require(modes->name.starts_with(std::to_string(mode->hDisplay) + "x" +
-                                        std::to_string(mode->vDisplay)),
-                "a mode keeps its size");
-    freeList(again.modes);
-}
-
 void checkInput(std::string_view input) {
     static const auto *library = loadMonitorDescriptions(
         SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda", nullptr);
@@ -135,9 +111,6 @@ void checkInput(std::string_view input) {
     VideoMode *modes = readModes(input);
     require(listCount(modes) == expected, "every mode line makes its mode");
     shownModes(modes);
-    if (modes) {
-        checkSection(modes);
-        checkReread(modes);
-    }
+    checkReread(modes);
     freeList(modes);
 }

@@ -6,8 +6,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -39,15 +37,3 @@ void forgetCards();
 
 // The extra lines of a record as the lines of a file.
 std::string extraLinesOf(std::string_view lines);
-
-// What `write` writes to the stream that it is given.
-template <typename Write> std::string textOf(Write write) {
-    char *bytes = nullptr;
-    std::size_t size = 0;
-    std::FILE *out = open_memstream(&bytes, &size);
-    write(out);
-    std::fclose(out);
-    std::string text(bytes, size);
-    std::free(bytes);
-    return text;
-}

@@ -3,7 +3,6 @@
 #include "config/config_lines.h"
 #include "config/config_writer.h"
 #include "config/lists.h"
-#include "frame/file.h"
 #include "frame/paths.h"
 #include "hwdb/pointer_devices.h"
 #include "support/temp_dir.h"
@@ -23,10 +22,7 @@ static std::string example(const std::string &page, int n) {
 // What an operation writes, without the blanks at line ends and the empty lines around it, which a
 // page does not show.
 template <typename Operation> static std::string written(Operation operation) {
-    File out(std::fopen("written", "w"));
-    operation(out.get());
-    out.reset();
-    std::string text = readFile("written");
+    std::string text = textOf(operation);
     for (std::size_t blank; (blank = text.find(" \n")) != text.npos;)
         text.erase(blank, 1);
     text.erase(0, text.find_first_not_of('\n'));
