@@ -6,11 +6,9 @@
 static bool isExhausted() {
     static const char *limit = std::getenv("SCARCE_MEMORY");
     static long left = limit ? std::atol(limit) : 0;
-    if (left > 1)
-        left--;
-    else if (left == 1)
-        return true;
-    return false;
+    const bool exhausted = left == 1;
+    left -= left > 1;
+    return exhausted;
 }
 
 void *operator new(std::size_t size) {

@@ -51,7 +51,6 @@ TEST_F(FaultsTest, EveryCommandNeedsTheMonitorFiles) {
     EXPECT_EQ(failure({"-lt"}, {"VDIF_FILE=/nowhere"}), fatal("Problem with /nowhere"));
     EXPECT_EQ(failure({"-x"}, {"VDIF_FILE=/etc"}), fatal("Problem with /etc"));
     const std::string library = "/usr/lib/X11/Korvel/MonitorConfig/timings.vda";
-    EXPECT_EQ(run({"-vdif"}, {"VDIF_FILE=" + library}).status, 0);
     const RunResult monitor =
         run({"-vdif"}, {"VDIF_FILE=/usr/lib/X11/Korvel/MonitorConfig/multisync17.vda"});
     EXPECT_EQ(monitor.errors, "");
@@ -61,16 +60,14 @@ TEST_F(FaultsTest, EveryCommandNeedsTheMonitorFiles) {
 
 TEST_F(FaultsTest, AConfigurationThatMustNotBeReplacedIsRefused) {
     ASSERT_EQ(mkfifo((root / "tmp/fifo").c_str(), 0600), 0);
-    EXPECT_EQ(failure({"/tmp/fifo"}), fatal("/tmp/fifo is not a regular file"));
-    EXPECT_EQ(failure({"/etc"}), fatal("/etc is not a regular file"));
+    for (const std::string path : {"/tmp/fifo", "/etc"})
+        EXPECT_EQ(failure({path}), fatal(path + " is not a regular file"));
     fs::create_directory(root / "root/.Xconfig");
     EXPECT_EQ(failure({}), fatal("/root/.Xconfig is not a regular file"));
-    EXPECT_EQ(failure({"/etc/X11/Xconfig.tmp"}),
-              fatal("Cannot edit the temporary file /etc/X11/Xconfig.tmp"));
-    EXPECT_EQ(failure({"/tmp/..//etc/X11/Xconfig.tmp"}),
-              fatal("Cannot edit the temporary file /tmp/..//etc/X11/Xconfig.tmp"));
+    for (const std::string path : {"/etc/X11/Xconfig.tmp", "/tmp/..//etc/X11/Xconfig.tmp"})
+        EXPECT_EQ(failure({path}), fatal("Cannot edit the temporary file " + path));
     EXPECT_TRUE(fs::is_fifo(root / "tmp/fifo"));
-    ASSERT_EQ(mkfifo((root / "etc/X11/Xconfig.tmp").c_str(), 0600), 0); // the name counts first
+    fs::rename(root / "tmp/fifo", temporary); // the name counts first
     EXPECT_EQ(failure({"/etc/X11/Xconfig.tmp"}),
               fatal("Cannot edit the temporary file /etc/X11/Xconfig.tmp"));
 }
@@ -104,11 +101,6 @@ TEST_F(FaultsTest, AMissingDisplayEntryLeavesCursesAndTheFile) {
     EXPECT_NE(output.find("\033[?1049l"), output.npos); // the text would have vanished there
     EXPECT_NE(screen().find(fatal(message)), std::string::npos) << screen();
     EXPECT_EQ(readFile(config), CONFIG_TEXT);
-    errorsToFile = true;
-    start();
-    press("<Enter><Enter><Enter>");
-    EXPECT_EQ(exitStatus(), 1);
-    EXPECT_EQ(readFile("errors"), fatal(message));
 }
 
 TEST_F(FaultsTest, AMessageIsPaintedOverByTheNextDrawing) {

@@ -14,13 +14,6 @@ struct InteractiveRunTest : TerminalTest {
         fs::copy_file(SCRCONF_SOURCE_DIR "/data/sample/Xconfig", config);
         sample = readFile(config);
     }
-    // Takes a card in the card menu.
-    void chooseCard(const std::string &name) {
-        const std::string row = "\n     {b:" + name + "}\n";
-        for (int n = 0; n < 1000 && screen().find(row) == std::string::npos; n++)
-            press("<Down>");
-        press("<Enter>");
-    }
     std::string sample;
 };
 
@@ -29,7 +22,10 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
     press("<Enter><Enter>");
     EXPECT_EQ(rows(3, 6), "   Korvel-X Supported Graphics Cards\n\n"
                           "     {b:3Dlabs Oxygen VX1}\n     3Dlabs Permedia3 Create!\n");
-    chooseCard("Diamond Stealth 64 DRAM");
+    for (int n = 0; n < 1000 && screen().find("{b:Diamond Stealth 64 DRAM}") == std::string::npos;
+         n++)
+        press("<Down>");
+    press("<Enter>");
     EXPECT_EQ(rows(3, 5), "   Supported Modes for Diamond Stealth 64 DRAM\n\n"
                           "     {b: 640 x  480,      256 colors at 60 Hz}\n");
     press("<Down><Down><Down><Down><Down><Space><Down><Space><Down><Down><Down><Down><Space>");
@@ -167,10 +163,7 @@ TEST_F(InteractiveRunTest, TheNextFreeNumberAddsAScreen) {
               "  Card:               NOT CONFIGURED\n");
     press("<Enter><Enter><Space><Space><Enter>"); // confirms an empty selection
     press("<Down><Down><Enter>");
-    EXPECT_EQ(rows(3, 6), "   ┌───────────────────────────────────────────┐\n"
-                          "   │   Screen 3 has no modes selected          │\n"
-                          "   │   Press ENTER to Continue                 │\n"
-                          "   └───────────────────────────────────────────┘\n");
+    EXPECT_EQ(rows(4, 4), "   │   Screen 3 has no modes selected          │\n");
     press("<Enter><Up><Up><Enter><Enter><Enter><Enter>"); // the first card, its first mode
     EXPECT_EQ(rows(9, 9), "  Screen Resolution:  640x480\n");
     press("<Down><Down><Enter>");
