@@ -38,6 +38,7 @@ struct CatalogueTest : TempDirTest {
     }
     std::string build(const CatalogueFormatter &formatter, std::size_t columns, bool marks,
                       int groupSize = CATALOGUE_GROUP_SIZE) {
+        cardList = nullptr;
         testing::internal::CaptureStdout();
         const std::string text = textOf(
             [&](std::FILE *out) { buildCatalogue(out, formatter, groupSize, columns, marks); });
@@ -83,7 +84,6 @@ TEST_F(CatalogueTest, EveryColumnHasItsModeAndTheFirstOneMany) {
 TEST_F(CatalogueTest, GroupsOpenWithTheirFirstCard) {
     EXPECT_EQ(build(listingFormatter, 1, MARKS, 1),
               "[\n0 \"Bolt\" \\\n][\n0 Acme `1' & <2> 0=fxd!\n]");
-    cardList = nullptr;
     writeFile(CARD_LIST_PATH, "Class fast\n");
     EXPECT_EQ(build(listingFormatter, 1, MARKS), "\n]");
     EXPECT_EQ(build(mifFormatter, 1, MARKS), "  > # end of Row\n > # end of TblBody\n");
@@ -91,17 +91,14 @@ TEST_F(CatalogueTest, GroupsOpenWithTheirFirstCard) {
 
 TEST_F(CatalogueTest, TablesAreWrittenAsTheirFormatsWant) {
     EXPECT_EQ(build(mifFormatter, 5, MARKS), sampleFile("catalogue.mif"));
-    cardList = nullptr;
     EXPECT_NE(build(mifFormatter, 1, RATES)
                   .find("<PgfTag `CellBody'>\n      <ParaLine \n"
                         "       <String `fxd'>"),
               std::string::npos);
-    cardList = nullptr;
     const std::regex date("generated on [A-Z][a-z]{2} [A-Z][a-z]{2} .\\d \\d\\d:\\d\\d:\\d\\d "
                           "\\d{4}\n</i>");
     EXPECT_EQ(std::regex_replace(build(htmlFormatter, 5, MARKS), date, "generated on DATE</i>"),
               sampleFile("catalogue.html"));
-    cardList = nullptr;
     writeFile(displayConfigPath("fast"), "Modes\n640 480 4 60 25 vga\n640 480 4 72 31 vga\n");
     EXPECT_NE(build(htmlFormatter, 1, RATES).find("\t\t<TD>60<BR>72<BR></TD>\n"),
               std::string::npos);
@@ -111,7 +108,6 @@ TEST_F(CatalogueTest, TablesAreWrittenAsTheirFormatsWant) {
 TEST_F(CatalogueTest, TheChipsetIsReadInPieces) {
     const std::string filler(89, '.');
     const auto chipset = [&](std::string_view text) {
-        cardList = nullptr;
         writeFile(displayConfigPath("fast"), text);
         const std::string row = build(htmlFormatter, 1, MARKS);
         const auto from = row.rfind("<TD NOWRAP>") + 11;

@@ -6,12 +6,8 @@
 #include "config/config_writer.h"
 #include "fuzz/fuzz.h"
 
-struct Setting {
-    LineState state;
-    std::string value;
-    bool operator==(const Setting &) const = default;
-};
-using Settings = std::map<std::string_view, std::vector<Setting>>;
+using Values = std::vector<std::pair<LineState, std::string>>;
+using Settings = std::map<std::string_view, Values>; // by keyword
 
 // What is to be found again. A slot without a value is free for the next line of its keyword, and
 // the buttons are those of the pointer device.
@@ -20,10 +16,10 @@ static Settings settingsOf(const ConfigLine *line) {
     for (; line; line = line->next) {
         if (line->state == LineState::Absent || line->keyword == "Buttons")
             continue;
-        auto &values = settings[line->keyword];
-        if (!values.empty() && values.back().value.empty())
+        Values &values = settings[line->keyword];
+        if (!values.empty() && values.back().second.empty())
             values.pop_back();
-        values.push_back({line->state, line->value.value_or("")});
+        values.emplace_back(line->state, line->value.value_or(""));
     }
     return settings;
 }

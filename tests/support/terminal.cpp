@@ -46,16 +46,12 @@ static bool hasSignal(pid_t process) {
     return state.find("ShdPnd:\t0000000000000000\n") == state.npos;
 }
 
-static std::string markOf(const VTermScreenCellAttrs &attributes) {
-    if (attributes.bold)
-        return attributes.reverse ? "{br:" : "{b:";
-    return attributes.reverse ? "{r:" : "";
-}
-
-static VTermScreenCell cellAt(VTermScreen *display, int row, int column) {
+static std::string markAt(VTermScreen *display, int row, int column) {
     VTermScreenCell cell;
     vterm_screen_get_cell(display, {row, column}, &cell);
-    return cell;
+    if (cell.attrs.bold)
+        return cell.attrs.reverse ? "{br:" : "{b:";
+    return cell.attrs.reverse ? "{r:" : "";
 }
 
 // UTF-8. A cell that nothing was written to is a blank, and so is the second of a wide character.
@@ -68,11 +64,11 @@ static std::string cellText(VTermScreen *display, int row, int column) {
 
 static std::string rowText(VTermScreen *display, int row, int end) {
     while (end > 0 && cellText(display, row, end - 1) == " " &&
-           !cellAt(display, row, end - 1).attrs.reverse)
+           markAt(display, row, end - 1).find('r') == std::string::npos)
         end--;
     std::string text, mark;
     for (int column = 0; column < end; column++) {
-        const std::string next = markOf(cellAt(display, row, column).attrs);
+        const std::string next = markAt(display, row, column);
         if (next != mark)
             text += (mark.empty() ? "" : "}") + next;
         mark = next;
