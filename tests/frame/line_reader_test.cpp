@@ -21,11 +21,6 @@ TEST_F(LineReaderTest, LongLinesComeInPiecesAndEveryByteSurvives) {
     writeFile("text", "abcdefgh\n\n12345678\nx\0y\nend"s);
     EXPECT_EQ(readPieces("text", 8),
               (std::vector{"abcdefgh"s, "\n"s, "\n"s, "12345678"s, "\n"s, "x\0y\n"s, "end"s}));
-    auto reader = openLines("text", 100);
-    std::string_view line;
-    for (int n = 0; n < 4; n++)
-        readLine(*reader, line);
-    EXPECT_EQ(line, "x"); // parsed text ends at a NUL byte
 }
 
 TEST_F(LineReaderTest, NothingIsLostWhereBlocksMeet) {
