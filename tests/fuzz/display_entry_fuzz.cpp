@@ -1,6 +1,5 @@
 // Display entries: each mode line judged by scanf as well; the modes written and read again.
 #include <cmath>
-#include <vector>
 
 #include "config/lists.h"
 #include "frame/line_reader.h"
