@@ -169,7 +169,10 @@ TEST_F(FaultsTest, ASignalEndsTheRunAndGivesTheTerminalBack) {
 
 TEST_F(FaultsTest, LostOutputIsAnErrorAndNeverEndsUpInAFile) {
     const fs::path page = root / "tmp/page";
-    writeFile(korvel / "scrconf/CardInfo", "Orphan\nClass vga\nSome card\n");
+    std::string cards = "Orphan\nClass vga\n";
+    for (int n = 0; n < 200; n++) // more than the stream holds back
+        cards += "A card of some length\n";
+    writeFile(korvel / "scrconf/CardInfo", cards);
     const auto runInto = [&](const char *name, const char *target, const Arguments &arguments) {
         for (const char *file : {"output", "errors"})
             fs::remove(file);

@@ -22,6 +22,7 @@ TEST_F(InteractiveRunTest, CardModesAndVirtualSizeAreSavedAndTheOtherScreenKept)
     press("<Enter><Enter>");
     EXPECT_EQ(rows(3, 6), "   Korvel-X Supported Graphics Cards\n\n"
                           "     {b:3Dlabs Oxygen VX1}\n     3Dlabs Permedia3 Create!\n");
+    EXPECT_EQ(rows(22, 22), "     Use Arrow keys and Enter to select, P for Previous Menu\n");
     for (int n = 0; n < 1000 && screen().find("{b:Diamond Stealth 64 DRAM}") == std::string::npos;
          n++)
         press("<Down>");
