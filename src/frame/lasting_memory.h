@@ -6,8 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
-// No memory is taken before the first use: at the start running out of it could not be reported
-// yet.
+// They take no memory before their first use: at the start running out of it could not be reported.
 extern std::pmr::monotonic_buffer_resource lastingTexts, lastingRecords;
 
 // A copy of `text` that lasts.
