@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "config/lists.h"
+#include "base/lists.h"
 #include "hwdb/display_entry.h"
 
 static constexpr int CATALOGUE_UNPACKED_DEPTH = 32; // bits per pixel, 24 of them for colour

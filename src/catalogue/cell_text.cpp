@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "frame/line_reader.h"
-#include "frame/messages.h"
+#include "base/line_reader.h"
+#include "base/messages.h"
 #include "hwdb/display_entry.h"
 
 static constexpr std::size_t CHIPSET_PIECE_MAX = 99; // bytes of a line read at once

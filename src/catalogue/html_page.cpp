@@ -4,9 +4,9 @@
 #include <string>
 #include <utility>
 
+#include "base/file.h"
+#include "base/messages.h"
 #include "catalogue/cell_text.h"
-#include "frame/file.h"
-#include "frame/messages.h"
 
 static constexpr Escape HTML_ESCAPES[] = {
     {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}};

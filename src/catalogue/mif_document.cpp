@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/file.h"
+#include "base/line_reader.h"
+#include "base/messages.h"
+#include "base/replace_file.h"
 #include "catalogue/cell_text.h"
-#include "frame/file.h"
-#include "frame/line_reader.h"
-#include "frame/messages.h"
-#include "frame/replace_file.h"
 
 static constexpr std::size_t MIF_PIECE_MAX = 254;     // bytes of a line read at once
 static constexpr std::size_t MIF_BUFFER_SIZE = 65536; // bytes; few large writes are faster

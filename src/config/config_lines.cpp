@@ -5,11 +5,11 @@
 #include <array>
 #include <cstdlib>
 
-#include "config/lists.h"
-#include "frame/line_reader.h"
-#include "frame/messages.h"
-#include "frame/paths.h"
-#include "frame/text_scanner.h"
+#include "base/line_reader.h"
+#include "base/lists.h"
+#include "base/messages.h"
+#include "base/paths.h"
+#include "base/text_scanner.h"
 
 static constexpr std::size_t CONFIG_PATH_MAX = 255; // bytes of a per-user path
 static constexpr std::size_t CONFIG_VALUE_FROM = 2; // the blank before a value stands here or later

@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/file.h"
+#include "base/file.h"
 
 inline constexpr std::size_t CONFIG_PIECE_MAX = 1023; // bytes of a line read at once
 

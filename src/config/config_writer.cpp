@@ -12,12 +12,12 @@
 #include <string_view>
 #include <utility>
 
+#include "base/file.h"
+#include "base/line_reader.h"
+#include "base/messages.h"
+#include "base/paths.h"
+#include "base/replace_file.h"
 #include "config/config_lines.h"
-#include "frame/file.h"
-#include "frame/line_reader.h"
-#include "frame/messages.h"
-#include "frame/paths.h"
-#include "frame/replace_file.h"
 #include "hwdb/pointer_devices.h"
 
 namespace fs = std::filesystem;

@@ -7,9 +7,9 @@
 #include <array>
 #include <memory>
 
-#include "frame/allocation.h"
-#include "frame/messages.h"
-#include "frame/paths.h"
+#include "base/allocation.h"
+#include "base/messages.h"
+#include "base/paths.h"
 
 static constexpr std::size_t FONT_PATH_MAX = 1023; // bytes of the path of a "fonts.dir" file
 static constexpr std::array<std::string_view, 3> FONT_PREFERRED = {"misc", "75dpi", "100dpi"};

@@ -2,12 +2,12 @@
 
 #include <string_view>
 
+#include "base/allocation.h"
+#include "base/lasting_memory.h"
+#include "base/line_reader.h"
+#include "base/messages.h"
+#include "base/text_scanner.h"
 #include "config/config_lines.h"
-#include "frame/allocation.h"
-#include "frame/lasting_memory.h"
-#include "frame/line_reader.h"
-#include "frame/messages.h"
-#include "frame/text_scanner.h"
 
 static constexpr std::string_view SCREEN_CARD = "Card ", SCREEN_VIRTUAL = "Virtual ",
                                   SCREEN_DEPTH = "Depth ", SCREEN_MODES = "Modes",

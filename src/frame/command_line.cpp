@@ -4,13 +4,13 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "base/file.h"
+#include "base/lists.h"
+#include "base/messages.h"
 #include "catalogue/html_page.h"
 #include "catalogue/mif_document.h"
 #include "config/config_lines.h"
-#include "config/lists.h"
 #include "config/screen_config.h"
-#include "frame/file.h"
-#include "frame/messages.h"
 #include "hwdb/card_list.h"
 
 static constexpr bool COMMAND_MARKS = true; // catalogue cells show no refresh rates

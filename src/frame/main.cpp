@@ -5,9 +5,9 @@
 #include <clocale>
 #include <new>
 
+#include "base/messages.h"
 #include "frame/command_line.h"
 #include "frame/main_menu.h"
-#include "frame/messages.h"
 #include "frame/startup.h"
 
 // Descriptors of standard streams that are closed get one that can be neither read nor written:

@@ -3,9 +3,9 @@
 #include <array>
 #include <string_view>
 
+#include "base/messages.h"
 #include "config/config_lines.h"
 #include "config/config_writer.h"
-#include "frame/messages.h"
 #include "ui/card_selection.h"
 #include "ui/dialog.h"
 #include "ui/information_screen.h"

@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "base/messages.h"
+#include "base/paths.h"
 #include "config/config_lines.h"
 #include "config/font_path.h"
 #include "config/screen_config.h"
-#include "frame/messages.h"
-#include "frame/paths.h"
 #include "hwdb/card_list.h"
 #include "hwdb/pointer_devices.h"
 #include "vdif/vdif_reader.h"

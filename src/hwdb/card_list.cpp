@@ -4,11 +4,12 @@
 #include <optional>
 #include <string>
 
-#include "config/lists.h"
-#include "frame/lasting_memory.h"
-#include "frame/line_reader.h"
-#include "frame/messages.h"
-#include "frame/paths.h"
+#include "base/lasting_memory.h"
+#include "base/line_reader.h"
+#include "base/lists.h"
+#include "base/messages.h"
+#include "base/paths.h"
+#include "base/text_scanner.h"
 #include "hwdb/extra_lines.h"
 
 static constexpr std::size_t CARD_PIECE_MAX = 1022;    // bytes of a line read at once

@@ -6,12 +6,12 @@
 #include <span>
 #include <utility>
 
-#include "config/lists.h"
-#include "frame/line_reader.h"
-#include "frame/messages.h"
-#include "frame/number_text.h"
-#include "frame/paths.h"
-#include "frame/text_scanner.h"
+#include "base/line_reader.h"
+#include "base/lists.h"
+#include "base/messages.h"
+#include "base/number_text.h"
+#include "base/paths.h"
+#include "base/text_scanner.h"
 #include "hwdb/extra_lines.h"
 #include "vdif/mode_timing.h"
 

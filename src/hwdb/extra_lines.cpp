@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "frame/messages.h"
+#include "base/text_scanner.h"
 
 static constexpr std::size_t EXTRA_TEXT_FROM = 2; // behind the ":" and one separator
 

@@ -4,11 +4,11 @@
 #include <memory>
 #include <string_view>
 
+#include "base/line_reader.h"
+#include "base/messages.h"
+#include "base/paths.h"
+#include "base/text_scanner.h"
 #include "config/config_lines.h"
-#include "frame/line_reader.h"
-#include "frame/messages.h"
-#include "frame/paths.h"
-#include "frame/text_scanner.h"
 
 static constexpr std::size_t POINTER_PIECE_MAX = 1023; // bytes of a line read at once
 static constexpr std::string_view POINTER_MOUSE = "Mouse", POINTER_TOUCH_SCREEN = "TouchScreen",

@@ -5,7 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "config/lists.h"
+#include "base/lists.h"
 #include "ui/dialog.h"
 #include "ui/menu.h"
 

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <string>
 
-#include "frame/line_reader.h"
-#include "frame/paths.h"
+#include "base/line_reader.h"
+#include "base/paths.h"
 #include "ui/text.h"
 #include "ui/window.h"
 

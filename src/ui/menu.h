@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "config/lists.h"
+#include "base/lists.h"
 #include "ui/window.h"
 
 inline constexpr unsigned MENU_MULTI = 0x1; // several items can be marked with the space key

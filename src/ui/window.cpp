@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/messages.h"
+#include "base/messages.h"
 
 // A window that is open, with the place that it has in the fixed layout whatever a resize made of
 // it. `paint` is empty while the window is hidden.

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "frame/messages.h"
+#include "base/messages.h"
 
 static bool tracing() { return std::getenv("VDIF_TRACE") != nullptr; }
 

@@ -8,8 +8,8 @@
 #include <span>
 #include <utility>
 
-#include "frame/file.h"
-#include "frame/messages.h"
+#include "base/file.h"
+#include "base/messages.h"
 #include "vdif/mode_timing.h"
 #include "vdif/vdif_scanner.h"
 

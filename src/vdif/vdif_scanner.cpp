@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "frame/messages.h"
-#include "frame/text_scanner.h"
+#include "base/messages.h"
+#include "base/text_scanner.h"
 
 // The first two stand between tokens.
 enum class ByteClass : std::uint8_t { LineEnd, Separator, Invalid, Quote, Single, Slash, Word };

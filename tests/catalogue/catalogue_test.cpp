@@ -5,11 +5,11 @@
 #include <csignal>
 #include <regex>
 
+#include "base/file.h"
+#include "base/lists.h"
+#include "base/paths.h"
 #include "catalogue/html_page.h"
 #include "catalogue/mif_document.h"
-#include "config/lists.h"
-#include "frame/file.h"
-#include "frame/paths.h"
 #include "hwdb/display_entry.h"
 #include "support/temp_dir.h"
 

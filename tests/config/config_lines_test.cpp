@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "config/lists.h"
+#include "base/lists.h"
 #include "support/temp_dir.h"
 
 using ConfigLinesTest = TempDirTest;

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "frame/paths.h"
+#include "base/paths.h"
 #include "fuzz/fuzz.h"
 #include "hwdb/card_list.h"
 

@@ -1,8 +1,8 @@
 // Display entries: each mode line judged by scanf as well; the modes written and read again.
 #include <cmath>
 
-#include "config/lists.h"
-#include "frame/line_reader.h"
+#include "base/line_reader.h"
+#include "base/lists.h"
 #include "fuzz/fuzz.h"
 #include "hwdb/display_entry.h"
 #include "vdif/vdif_reader.h"

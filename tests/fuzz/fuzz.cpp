@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <sanitizer/allocator_interface.h>
 
-#include "frame/lasting_memory.h"
-#include "frame/messages.h"
+#include "base/lasting_memory.h"
+#include "base/messages.h"
 #include "hwdb/card_list.h"
 
 // A record is larger than the shortest line that makes one, so much at most.
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     return 0;
 }
 
-// These take the place of the product's.
+// All messages, so that the linker has no need of the library's.
 
 void showMessage(const char *format, ...) {
     va_list arguments;
@@ -30,6 +30,11 @@ void showMessage(const char *format, ...) {
 
 void fatalError(const char *format, ...) {
     std::fprintf(stderr, "Fatal: %s", format);
+    std::abort();
+}
+
+void systemError(const char *format, ...) {
+    std::fprintf(stderr, "System error: %s\n", format);
     std::abort();
 }
 

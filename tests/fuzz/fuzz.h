@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "config/lists.h"
+#include "base/lists.h"
 #include "support/files.h"
 
 // The target's own: reads one input and checks what came of it.

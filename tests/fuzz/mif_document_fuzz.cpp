@@ -1,6 +1,6 @@
 // Documents whose table body is replaced, twice: all else in them stays.
+#include "base/paths.h"
 #include "catalogue/mif_document.h"
-#include "frame/paths.h"
 #include "fuzz/fuzz.h"
 #include "hwdb/display_entry.h"
 

@@ -1,5 +1,5 @@
 // The pointer device database: read, written by its rules and read again.
-#include "frame/paths.h"
+#include "base/paths.h"
 #include "fuzz/fuzz.h"
 #include "hwdb/pointer_devices.h"
 

@@ -1,9 +1,9 @@
 // The screen sections of the configuration: read, saved unchanged and read again.
+#include "base/lists.h"
+#include "base/paths.h"
 #include "config/config_lines.h"
 #include "config/config_writer.h"
-#include "config/lists.h"
 #include "config/screen_config.h"
-#include "frame/paths.h"
 #include "fuzz/fuzz.h"
 
 static void freeScreens() {

@@ -1,7 +1,7 @@
 #include "hwdb/card_list.h"
 
-#include "config/lists.h"
-#include "frame/paths.h"
+#include "base/lists.h"
+#include "base/paths.h"
 #include "support/temp_dir.h"
 
 struct CardListTest : TempDirTest {

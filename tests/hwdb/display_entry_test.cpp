@@ -1,6 +1,6 @@
 #include "hwdb/display_entry.h"
 
-#include "config/lists.h"
+#include "base/lists.h"
 #include "support/temp_dir.h"
 #include "vdif/monitor_description.h"
 #include "vdif/vdif_reader.h"

@@ -1,7 +1,7 @@
 #include "hwdb/pointer_devices.h"
 
+#include "base/paths.h"
 #include "config/config_lines.h"
-#include "frame/paths.h"
 #include "support/temp_dir.h"
 
 struct PointerDevicesTest : TempDirTest {

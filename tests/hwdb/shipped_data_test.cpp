@@ -6,10 +6,10 @@
 #include <set>
 #include <sstream>
 
+#include "base/lists.h"
+#include "base/paths.h"
 #include "config/config_lines.h"
-#include "config/lists.h"
 #include "config/screen_config.h"
-#include "frame/paths.h"
 #include "hwdb/pointer_devices.h"
 #include "support/temp_dir.h"
 #include "vdif/mode_timing.h"

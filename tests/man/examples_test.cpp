@@ -1,9 +1,9 @@
 // The examples of the manual pages, as they stand there, go through the readers that the pages are
 // about; what the pages show as the result must come out.
+#include "base/lists.h"
+#include "base/paths.h"
 #include "config/config_lines.h"
 #include "config/config_writer.h"
-#include "config/lists.h"
-#include "frame/paths.h"
 #include "hwdb/pointer_devices.h"
 #include "support/temp_dir.h"
 #include "vdif/vdif_reader.h"

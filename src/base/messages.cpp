@@ -1,4 +1,4 @@
-#include "frame/messages.h"
+#include "base/messages.h"
 
 #include <curses.h>
 #include <term.h>
@@ -78,10 +78,4 @@ void endCurses() {
         return;
     cursesActive = false;
     endwin();
-}
-
-std::string copyLine(std::string_view text) { return std::string(chopNewline(text)); }
-
-std::string_view chopNewline(std::string_view text) {
-    return text.substr(0, text.size() - (text.ends_with('\n') ? 1 : 0));
 }

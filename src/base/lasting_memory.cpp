@@ -1,4 +1,4 @@
-#include "frame/lasting_memory.h"
+#include "base/lasting_memory.h"
 
 std::pmr::monotonic_buffer_resource lastingTexts, lastingRecords;
 

@@ -1,4 +1,4 @@
-#include "frame/text_scanner.h"
+#include "base/text_scanner.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,6 @@
-// Messages on standard error, the end of the process on an unrecoverable fault, and line ends,
-// which the readers of the data files take off.
+// How a problem is told: a message on standard error, after which the run goes on, or an error that
+// ends the process and gives the terminal back first.
 #pragma once
-
-#include <string>
-#include <string_view>
 
 // True from the start of curses to its end: curses owns the terminal.
 extern bool cursesActive;
@@ -26,9 +23,3 @@ bool terminalHas(const char *capability);
 
 // Gives the terminal back from curses; does nothing when curses is not active.
 void endCurses();
-
-// A copy of what chopNewline leaves of `text`.
-std::string copyLine(std::string_view text);
-
-// `text` without its last character when that is a line end; only one is removed.
-std::string_view chopNewline(std::string_view text);

@@ -1,4 +1,4 @@
-#include "frame/line_reader.h"
+#include "base/line_reader.h"
 
 #include <sys/stat.h>
 

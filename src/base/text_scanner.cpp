@@ -1,4 +1,4 @@
-#include "frame/text_scanner.h"
+#include "base/text_scanner.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -46,3 +46,9 @@ bool scanLiteral(std::string_view &text, std::string_view literal) {
     text.remove_prefix(literal.size());
     return true;
 }
+
+std::string_view chopNewline(std::string_view text) {
+    return text.substr(0, text.size() - (text.ends_with('\n') ? 1 : 0));
+}
+
+std::string copyLine(std::string_view text) { return std::string(chopNewline(text)); }

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/file.h"
+#include "base/file.h"
 
 struct LineReader {
     File file;

@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "frame/file.h"
-#include "frame/number_text.h"
+#include "base/file.h"
+#include "base/number_text.h"
 
 inline constexpr std::size_t LIST_NUMBER_WIDTH = 3; // characters; larger numbers take more
 

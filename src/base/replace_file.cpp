@@ -1,4 +1,4 @@
-#include "frame/replace_file.h"
+#include "base/replace_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <tuple>
 
-#include "frame/file.h"
+#include "base/file.h"
 
 namespace fs = std::filesystem;
 

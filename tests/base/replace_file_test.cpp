@@ -1,4 +1,4 @@
-#include "frame/replace_file.h"
+#include "base/replace_file.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

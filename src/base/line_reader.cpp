@@ -1,10 +1,10 @@
-#include "frame/line_reader.h"
+#include "base/line_reader.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
-#include "frame/messages.h"
+#include "base/messages.h"
 
 static constexpr std::size_t READER_BLOCK_SIZE = 16384; // bytes; far above every piece size
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 // `text` without the white space at its front: that of ASCII, whatever the locale.
@@ -20,3 +21,9 @@ std::optional<std::string_view> scanWord(std::string_view &text,
 
 // Takes `literal` when `text` begins with it; white space is not skipped.
 bool scanLiteral(std::string_view &text, std::string_view literal);
+
+// `text` without its last character when that is a line end; only one is removed.
+std::string_view chopNewline(std::string_view text);
+
+// A copy of what chopNewline leaves of `text`.
+std::string copyLine(std::string_view text);
