@@ -3,12 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-// Once per character of every file: a comparison or two, where a search in a set would be a call.
-static bool isWhiteSpace(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
-static bool isDigit(char character) { return character >= '0' && character <= '9'; }
+#include "base/ascii.h"
 
 std::string_view skipWhiteSpace(std::string_view text) {
     while (!text.empty() && isWhiteSpace(text.front()))
@@ -23,7 +18,7 @@ std::optional<int> scanInt(std::string_view &text) {
         rest.remove_prefix(1);
     if (rest.empty() || !isDigit(rest.front()))
         return std::nullopt;
-    std::uint32_t value = 0;
+    std::uint32_t value = 0; // unsigned, because what does not fit is to wrap
     for (; !rest.empty() && isDigit(rest.front()); rest.remove_prefix(1))
         value = value * 10 + static_cast<std::uint32_t>(rest.front() - '0');
     text = rest;

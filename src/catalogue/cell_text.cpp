@@ -2,18 +2,13 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "base/line_reader.h"
 #include "base/messages.h"
 #include "hwdb/display_entry.h"
 
 static constexpr std::size_t CHIPSET_PIECE_MAX = 99; // bytes of a line read at once
 static constexpr std::string_view CHIPSET_WORD = "chipset";
-
-// ASCII alone, whatever the locale.
-static char lowerCase(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
-}
 
 std::string chipsetOf(std::string_view cardClass) {
     const std::string path = displayConfigPath(cardClass);

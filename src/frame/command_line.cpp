@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "base/ascii.h"
 #include "base/file.h"
 #include "base/lists.h"
 #include "base/messages.h"
@@ -49,7 +50,7 @@ static void runCatalogueCommand(std::string_view argument, const char *path) {
 }
 
 static bool isScreenNumber(std::string_view argument) {
-    return argument.size() > 1 && argument[0] == '-' && argument[1] >= '0' && argument[1] <= '9';
+    return argument.size() > 1 && argument[0] == '-' && isDigit(argument[1]);
 }
 
 void readCommandLine(int argc, char **argv) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/messages.h"
 #include "base/text_scanner.h"
 
@@ -33,10 +34,6 @@ static constexpr std::array<ByteClass, 256> makeByteClasses() {
 static constexpr std::array<ByteClass, 256> BYTE_CLASSES = makeByteClasses();
 
 static ByteClass classOf(char byte) { return BYTE_CLASSES[static_cast<std::uint8_t>(byte)]; }
-
-static constexpr char upperCase(char byte) {
-    return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
-}
 
 // What a byte becomes in a word; NUL for one that ends it.
 static constexpr std::array<char, 256> makeWordBytes() {
