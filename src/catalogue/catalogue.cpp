@@ -78,14 +78,14 @@ static void enterMode(const CatalogueRun &run, const CardEntry &card, VideoMode 
         appendRefresh(column->cellText, mode);
 }
 
-// Enters the card's modes by width and depth; each is released once it was entered.
+// Enters the card's modes by width and depth, those of equal ones in file order.
 static void enterModes(const CatalogueRun &run, CardEntry &card) {
-    VideoMode *modes = readDisplayEntry(card);
-    sortList(modes, [](const VideoMode *mode) { return std::pair(mode->hDisplay, mode->depth); });
-    while (modes) {
-        enterMode(run, card, *modes);
-        delete std::exchange(modes, modes->next);
-    }
+    const ModeList modes = readDisplayEntry(card);
+    auto sorted = listRecords(modes.get());
+    std::ranges::stable_sort(
+        sorted, {}, [](const VideoMode *mode) { return std::pair(mode->hDisplay, mode->depth); });
+    for (VideoMode *mode : sorted)
+        enterMode(run, card, *mode);
 }
 
 static void startRow(CatalogueRun &run) {

@@ -24,7 +24,7 @@ struct SectionReader {
     const std::string &path;
     int index;
     ScreenConfig &screen;
-    VideoMode **end = &screen.modes;
+    ListBuilder<VideoMode> modes = {};
     bool inModes = false;
     bool surplusReported = false; // of modes beyond SCREEN_MODE_MAX
 };
@@ -78,8 +78,7 @@ static void readModeLine(SectionReader &section, std::string_view line) {
     mode->depth = screen.depth;
     mode->hDisplay = *width;
     mode->vDisplay = *height;
-    *section.end = mode;
-    section.end = &mode->next;
+    appendRecord(section.modes, mode);
     screen.selection.push_back(static_cast<int>(screen.selection.size()) + 1);
 }
 
@@ -106,6 +105,7 @@ bool parseScreenSection(const std::string &path, int index, ScreenConfig &screen
         else
             readSetting(screen, line);
     }
+    screen.modes.reset(section.modes.head);
     return number >= index;
 }
 

@@ -25,7 +25,7 @@ inline constexpr int SCREEN_MODE_MAX = 99; // modes that are read of a section
 struct ScreenConfig {
     CardEntry *card = nullptr;  // the section's own, or of cardList once chosen there; null: none
     std::int32_t unchanged = 0; // 1: the section's text is kept; 0: configured in this run
-    VideoMode *modes = nullptr; // the section's modes, or those of the chosen card
+    ModeList modes;             // the section's modes, or those of the chosen card
     std::vector<int> selection; // chosen modes as positions in `modes`, from 1
     std::int32_t virtualWidth = 0; // pixels; 0: not known
     std::int32_t virtualHeight = 0;

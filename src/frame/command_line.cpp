@@ -6,12 +6,12 @@
 
 #include "base/ascii.h"
 #include "base/file.h"
-#include "base/lists.h"
 #include "base/messages.h"
 #include "catalogue/html_page.h"
 #include "catalogue/mif_document.h"
 #include "config/config_lines.h"
 #include "config/screen_config.h"
+#include "frame/numbered_list.h"
 #include "hwdb/card_list.h"
 
 static constexpr bool COMMAND_MARKS = true; // catalogue cells show no refresh rates

@@ -20,11 +20,6 @@ static constexpr std::array<std::string_view, 4> MAIN_TEXTS = {
 
 static constexpr std::size_t MAIN_PATH_MAX = 36; // bytes of the path in a notice
 
-struct MenuItem {
-    MenuItem *next = nullptr;
-    std::string_view text;
-};
-
 static Menu makeMainMenu() {
     Menu menu;
     menu.title = "Korvel-X Main Configuration Menu";
@@ -35,6 +30,8 @@ static Menu makeMainMenu() {
     menu.screenRow = 14;
     menu.width = 60;
     menu.height = 8;
+    for (const std::string_view text : MAIN_TEXTS)
+        addMenuItem(menu, text);
     return menu;
 }
 
@@ -85,8 +82,6 @@ static bool actOnChoice(int choice) {
 static void runMainMenu() {
     Menu menu = makeMainMenu();
     openMenu(menu);
-    MenuItem *items = listFromTable(MAIN_TEXTS, &MenuItem::text);
-    addMenuItems(menu, items, &MenuItem::text);
     int choice;
     do {
         drawStatusPanel(screens[currentScreen]);
@@ -97,7 +92,6 @@ static void runMainMenu() {
             clearStatusPanel();
         }
     } while (actOnChoice(choice));
-    freeList(items);
 }
 
 void runInteractiveMode() {

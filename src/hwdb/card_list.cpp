@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/lasting_memory.h"
 #include "base/line_reader.h"
@@ -47,6 +49,20 @@ static void readCardLine(CardReader &reader, std::string_view line) {
         finishCard(reader);
         reader.pending = keepText(chopNewline(line.substr(0, line.find(','))));
     }
+}
+
+// Sorts the cards by name, byte by byte; cards of equal name keep their order. Each stands beside
+// its name: to reach the name through the record would be a wait for memory in every comparison.
+static void sortListByName(CardEntry *&head) {
+    std::vector<std::pair<std::string_view, CardEntry *>> cards;
+    cards.reserve(static_cast<std::size_t>(listCount(head)));
+    for (CardEntry *card = head; card; card = card->next)
+        cards.emplace_back(card->name, card);
+    std::ranges::stable_sort(cards, {}, &decltype(cards)::value_type::first);
+    ListBuilder<CardEntry> sorted;
+    for (const auto &[name, card] : cards)
+        appendRecord(sorted, card);
+    head = sorted.head;
 }
 
 void loadCardList() {

@@ -35,8 +35,7 @@ struct ModeHead {
 struct EntryReader {
     CardEntry &card;
     std::string path;
-    VideoMode *head = nullptr;
-    VideoMode *last = nullptr;
+    ListBuilder<VideoMode> modes;
     bool inModes = false;
     bool dropExtraLines = false; // those of a mode that was not made
 };
@@ -163,9 +162,9 @@ static std::string modeName(const ModeHead &head, std::string_view cardClass,
 // The extra lines collected so far belong to the mode before the present line; without one they
 // wait for the first mode.
 static void settleExtraLines(EntryReader &entry) {
-    if (!entry.last)
+    if (!entry.modes.last)
         return;
-    entry.last->extraLines += takeExtraLines();
+    entry.modes.last->extraLines += takeExtraLines();
     clearExtraLines();
 }
 
@@ -181,8 +180,7 @@ static void finishModeLine(EntryReader &entry, const ModeHead &head,
     mode->refresh = head.refresh;
     mode->label = modeLabel(head, mode->flags);
     mode->name = modeName(head, entry.card.cardClass, mode->timingRef);
-    VideoMode *&link = entry.last ? entry.last->next : entry.head;
-    entry.last = link = mode.release();
+    appendRecord(entry.modes, mode.release());
 }
 
 static bool beginsWithNumber(std::string_view line) { return scanInt(line).has_value(); }
@@ -227,8 +225,8 @@ std::string displayConfigPath(std::string_view cardClass) {
     return std::string(DISPLAY_CONFIG_DIR).append(cardClass).append("/config");
 }
 
-VideoMode *readDisplayEntry(CardEntry &card) {
-    EntryReader entry{card, displayConfigPath(card.cardClass)};
+ModeList readDisplayEntry(CardEntry &card) {
+    EntryReader entry{card, displayConfigPath(card.cardClass), {}};
     auto reader = openLines(entry.path, DISPLAY_PIECE_MAX);
     if (!reader)
         fatalError("Can't open DisplayConfig entry %s\n", entry.path.c_str());
@@ -237,11 +235,11 @@ VideoMode *readDisplayEntry(CardEntry &card) {
         readEntryLine(entry, line);
     settleExtraLines(entry);
     clearExtraLines();
-    return entry.head;
+    return ModeList(entry.modes.head);
 }
 
-std::vector<VideoMode *> selectedModes(VideoMode *modes, const std::vector<int> &selection) {
-    const auto all = listRecords(modes);
+std::vector<VideoMode *> selectedModes(const ModeList &modes, const std::vector<int> &selection) {
+    const auto all = listRecords(modes.get());
     std::vector<VideoMode *> chosen;
     for (const int position : selection) {
         if (position < 1 || static_cast<std::size_t>(position) > all.size())

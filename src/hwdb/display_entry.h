@@ -26,6 +26,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/lists.h"
 #include "hwdb/card_list.h"
 #include "vdif/mode_flags.h"
 
@@ -45,6 +46,7 @@ struct VideoMode {
     std::string extraLines;               // lines for the screen section, each with its line end
     std::uint32_t flags = 0;              // MODE_ bits
 };
+using ModeList = OwnedList<VideoMode>;
 
 // The number of colours at a depth in bits per pixel, of which 32 has 24 for colour; 0 for a depth
 // outside 1 to 32.
@@ -55,7 +57,7 @@ std::string displayConfigPath(std::string_view cardClass);
 
 // A new list of the modes in the entry of the card's class, in file order; null when it has none.
 // Sets CARD_NO_VIRTUAL in the card's flags when the entry says so.
-VideoMode *readDisplayEntry(CardEntry &card);
+ModeList readDisplayEntry(CardEntry &card);
 
 // The chosen modes, by their positions in a list, from 1. A position that names no mode ends them.
-std::vector<VideoMode *> selectedModes(VideoMode *modes, const std::vector<int> &selection);
+std::vector<VideoMode *> selectedModes(const ModeList &modes, const std::vector<int> &selection);

@@ -12,7 +12,7 @@
 static constexpr int SELECTION_WIDTH = 60, SELECTION_MODES_WIDTH = 75; // columns
 
 struct ModeChoice {
-    VideoMode *modes = nullptr; // all modes of the card
+    ModeList modes;             // all modes of the card
     std::vector<int> selection; // positions of the chosen ones
     int width = 0, height = 0;  // pixels that the largest ones need
     int depth = 0;              // bits per pixel
@@ -37,11 +37,11 @@ static CardEntry *chooseCard() {
 }
 
 // The positions of the modes that the user chose; none when the user goes back.
-static std::optional<std::vector<int>> askModes(const CardEntry &card, VideoMode *modes) {
+static std::optional<std::vector<int>> askModes(const CardEntry &card, const ModeList &modes) {
     const bool multi = !(card.flags & CARD_NO_VIRTUAL);
     Menu menu = makeListMenu("Supported Modes for " + std::string(card.name), MENU_HINT,
                              SELECTION_MODES_WIDTH, multi ? MENU_MULTI : 0);
-    addMenuItems(menu, modes, &VideoMode::label);
+    addMenuItems(menu, modes.get(), &VideoMode::label);
     const int choice = askMenu(menu);
     if (choice == 0)
         return std::nullopt;
@@ -75,15 +75,12 @@ static std::optional<ModeChoice> chooseModes(CardEntry &card) {
             return std::nullopt;
         }
         auto selection = askModes(card, choice.modes);
-        if (!selection) {
-            freeList(choice.modes);
+        if (!selection)
             return std::nullopt;
-        }
         choice.selection = std::move(*selection);
         if (measureSelection(choice))
             return choice;
         showNotice("All modes must have the same color depth: Please reenter.");
-        freeList(choice.modes);
     }
 }
 
@@ -117,7 +114,7 @@ static void renameDuplicates(const ModeChoice &choice) {
 static std::vector<VirtualSize> virtualSizes(const ModeChoice &choice) {
     std::vector<VirtualSize> sizes;
     int lastWidth = -1, lastHeight = -1;
-    for (const VideoMode *mode = choice.modes; mode; mode = mode->next) {
+    for (const VideoMode *mode = choice.modes.get(); mode; mode = mode->next) {
         if (mode->hDisplay < choice.width || mode->vDisplay < choice.height ||
             mode->depth != choice.depth || mode->hDisplay == lastWidth ||
             mode->vDisplay == lastHeight)
@@ -158,14 +155,11 @@ void selectCardAndModes(ScreenConfig &screen) {
         return;
     renameDuplicates(*choice);
     const auto virtualSize = chooseVirtualSize(*card, *choice);
-    if (!virtualSize) {
-        freeList(choice->modes);
+    if (!virtualSize)
         return;
-    }
     screen.card = card;
     screen.unchanged = 0;
-    freeList(screen.modes);
-    screen.modes = choice->modes;
+    screen.modes = std::move(choice->modes);
     screen.selection = std::move(choice->selection);
     screen.virtualWidth = virtualSize->width;
     screen.virtualHeight = virtualSize->height;

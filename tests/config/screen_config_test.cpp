@@ -15,7 +15,7 @@ static std::string shownSection(int index) {
         shown += " " + std::to_string(value);
     for (const int position : screen.selection)
         shown += ", " + std::to_string(position);
-    for (const VideoMode *mode = screen.modes; mode; mode = mode->next)
+    for (const VideoMode *mode = screen.modes.get(); mode; mode = mode->next)
         shown += "\n" + mode->label + "|" + std::to_string(mode->depth) + " " +
                  std::to_string(mode->hDisplay) + " " + std::to_string(mode->vDisplay);
     return shown;

@@ -9,10 +9,10 @@
 
 static CardEntry card = {nullptr, "Card", "class", {}, 0};
 
-static VideoMode *readModes(std::string_view text) {
+static ModeList readModes(std::string_view text) {
     writeFile(displayConfigPath(card.cardClass), text);
     const MemoryBound bound(text.size());
-    VideoMode *modes = readDisplayEntry(card);
+    ModeList modes = readDisplayEntry(card);
     bound.check();
     return modes;
 }
@@ -94,10 +94,9 @@ static void checkReread(const VideoMode *modes) {
     const auto written = writeModes(modes);
     if (!written)
         return;
-    VideoMode *again = readModes(*written);
-    require(shownModes(again) == shownModes(modes) && writeModes(again) == written,
+    const ModeList again = readModes(*written);
+    require(shownModes(again.get()) == shownModes(modes) && writeModes(again.get()) == written,
             "the modes that are written are read again");
-    freeList(again);
 }
 
 void checkInput(std::string_view input) {
@@ -107,9 +106,8 @@ void checkInput(std::string_view input) {
     const int expected = expectedModes(input);
     if (expected < 0)
         return;
-    VideoMode *modes = readModes(input);
-    require(listCount(modes) == expected, "every mode line makes its mode");
-    shownModes(modes);
-    checkReread(modes);
-    freeList(modes);
+    const ModeList modes = readModes(input);
+    require(listCount(modes.get()) == expected, "every mode line makes its mode");
+    shownModes(modes.get());
+    checkReread(modes.get());
 }

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/lists.h"
 #include "support/files.h"
@@ -31,6 +32,11 @@ class MemoryBound {
 // True when no line of the text, its line end included, is longer than `pieceMax` bytes: a reader
 // takes every line whole.
 bool linesFit(std::string_view text, std::size_t pieceMax);
+
+// Releases a list that the program keeps until it exits.
+template <ListRecord Record> void freeList(Record *&head) {
+    FreeRecords()(std::exchange(head, nullptr));
+}
 
 // Empties the card list; no card, a screen's own included, may be used any more.
 void forgetCards();

@@ -8,7 +8,7 @@
 
 static void freeScreens() {
     for (ScreenConfig &screen : screens)
-        freeList(screen.modes);
+        screen.modes.reset();
     forgetCards();
 }
 
@@ -16,7 +16,7 @@ static std::string shownScreen(const ScreenConfig &screen) {
     std::string shown = std::string(screen.card ? screen.card->name : "-") + "\n";
     for (const int value : {screen.unchanged, screen.virtualWidth, screen.virtualHeight})
         shown += std::to_string(value) + " ";
-    for (const VideoMode *mode = screen.modes; mode; mode = mode->next)
+    for (const VideoMode *mode = screen.modes.get(); mode; mode = mode->next)
         shown += "\n" + mode->label + "|" + std::to_string(mode->depth) + " " +
                  std::to_string(mode->hDisplay) + " " + std::to_string(mode->vDisplay);
     return shown;

@@ -11,7 +11,7 @@ struct DisplayEntryTest : TempDirTest {
         loadMonitorDescriptions(samplePath("one-timing.vda").c_str(), nullptr);
     }
     // The modes of an entry with this text.
-    VideoMode *read(std::string_view text) {
+    ModeList read(std::string_view text) {
         writeFile(displayConfigPath("fast"), text);
         return readDisplayEntry(card);
     }
@@ -30,11 +30,11 @@ static std::string shownMode(const VideoMode &mode) {
 }
 
 TEST_F(DisplayEntryTest, TheThreeFormsOfAModeLine) {
-    VideoMode *modes = read(sampleFile("DisplayConfig"));
+    const ModeList modes = read(sampleFile("DisplayConfig"));
     EXPECT_EQ(card.flags, 0u);
     std::string shown;
-    for (; modes; modes = modes->next)
-        shown += shownMode(*modes) + "\n";
+    for (const VideoMode *mode = modes.get(); mode; mode = mode->next)
+        shown += shownMode(*mode) + "\n";
     EXPECT_EQ(shown,
               " 640 x  480,      256 colors at 60 Hz|640x480|8 60 25.000000|"
               "640 656 752 800 480 490 492 525 |-|0\n"
@@ -52,14 +52,14 @@ TEST_F(DisplayEntryTest, TheThreeFormsOfAModeLine) {
 }
 
 TEST_F(DisplayEntryTest, ExtraLinesGoToTheModeBeforeThemIfItWasMade) {
-    VideoMode *modes = read("NoVirtual\nModes\n: to the first\n"
-                            "8 8 8 8 \"unknown\"\n: dropped with it\n"
-                            "8 8 8 8 8 first\n: also to the first\n"
-                            "8 8 8 8 \"unterminated\n: dropped too\n"
-                            "8 8 8 8 8 second\n"
-                            "8 8 8 8 8 third\n: last");
+    const ModeList modes = read("NoVirtual\nModes\n: to the first\n"
+                                "8 8 8 8 \"unknown\"\n: dropped with it\n"
+                                "8 8 8 8 8 first\n: also to the first\n"
+                                "8 8 8 8 \"unterminated\n: dropped too\n"
+                                "8 8 8 8 8 second\n"
+                                "8 8 8 8 8 third\n: last");
     EXPECT_EQ(card.flags, CARD_NO_VIRTUAL);
-    ASSERT_EQ(listCount(modes), 3);
+    ASSERT_EQ(listCount(modes.get()), 3);
     EXPECT_EQ(modes->extraLines, "to the first\nalso to the first\n");
     EXPECT_EQ(modes->next->extraLines, "");
     EXPECT_EQ(modes->next->next->extraLines, "last\n");
@@ -68,7 +68,7 @@ TEST_F(DisplayEntryTest, ExtraLinesGoToTheModeBeforeThemIfItWasMade) {
 }
 
 TEST_F(DisplayEntryTest, LinesAndTextsEndAtTheirLimits) {
-    const VideoMode *modes = read("Modes\n8 8 8 8 8" + std::string(1012, ' ') + "wx y\n");
+    ModeList modes = read("Modes\n8 8 8 8 8" + std::string(1012, ' ') + "wx y\n");
     EXPECT_EQ(modes->timingRef, "w"); // the line's byte 1022
     const std::string longest(127, 't');
     std::string library = sampleFile("one-timing.vda");
@@ -76,7 +76,8 @@ TEST_F(DisplayEntryTest, LinesAndTextsEndAtTheirLimits) {
     defaultDescription = nullptr;
     loadMonitorDescriptions("library", nullptr);
     EXPECT_EQ(listCount(read("Modes\n8 8 8 8 \"" + longest + "\"\n8 8 8 8 \"" + longest +
-                             "x\"\n8 8 8 8 \"" + longest.substr(1) + "\"\n")),
+                             "x\"\n8 8 8 8 \"" + longest.substr(1) + "\"\n")
+                            .get()),
               2);
     const std::string cardClass(250, 'c');
     card.cardClass = cardClass;

@@ -79,9 +79,9 @@ static void checkEntry(CardEntry &card) {
     for (const std::string &name : text.references)
         EXPECT_TRUE(findTiming(*currentDescription, name)) << card.cardClass << ": " << name;
     std::set<std::string> labels;
-    const VideoMode *mode = readDisplayEntry(card);
-    EXPECT_TRUE(mode) << card.cardClass << " has no modes";
-    for (; mode; mode = mode->next) {
+    const ModeList modes = readDisplayEntry(card);
+    EXPECT_TRUE(modes) << card.cardClass << " has no modes";
+    for (const VideoMode *mode = modes.get(); mode; mode = mode->next) {
         const auto limit = text.limits.find(mode->depth);
         EXPECT_TRUE(limit != text.limits.end() && mode->clock <= static_cast<float>(limit->second))
             << card.cardClass << ", clock limit: " << mode->label << ", " << mode->clock << " MHz";

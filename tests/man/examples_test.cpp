@@ -1,9 +1,9 @@
 // The examples of the manual pages, as they stand there, go through the readers that the pages are
 // about; what the pages show as the result must come out.
-#include "base/lists.h"
 #include "base/paths.h"
 #include "config/config_lines.h"
 #include "config/config_writer.h"
+#include "frame/numbered_list.h"
 #include "hwdb/pointer_devices.h"
 #include "support/temp_dir.h"
 #include "vdif/vdif_reader.h"
@@ -78,7 +78,7 @@ TEST_F(ManualExamplesTest, CardModesAndMonitor) {
 
     ScreenConfig screen{cardList, 0, readDisplayEntry(*cardList), {1, 2, 3}, 1024, 768, 8};
     std::string menu;
-    for (const VideoMode *mode = screen.modes; mode; mode = mode->next)
+    for (const VideoMode *mode = screen.modes.get(); mode; mode = mode->next)
         menu += mode->label + "\n";
     ASSERT_EQ(menu, example("DisplayConfig", 1));
     const std::string section = written([&](std::FILE *out) { writeScreenSection(out, screen); });
