@@ -82,14 +82,15 @@ static bool actOnChoice(int choice) {
 static void runMainMenu() {
     Menu menu = makeMainMenu();
     openMenu(menu);
+    const Window panel = openStatusPanel();
     int choice;
     do {
-        drawStatusPanel(screens[currentScreen]);
+        drawStatusPanel(panel.get(), screens[currentScreen]);
         drawMenu(menu);
         choice = runMenu(menu);
         if (choice != MAIN_PREVIOUS) {
             hideWindow(menu.window.get());
-            clearStatusPanel();
+            hideWindow(panel.get());
         }
     } while (actOnChoice(choice));
 }

@@ -7,7 +7,6 @@
 #include "config/config_lines.h"
 #include "hwdb/pointer_devices.h"
 #include "ui/text.h"
-#include "ui/window.h"
 
 static constexpr int STATUS_SCREEN_COLUMN = 1, STATUS_SCREEN_ROW = 1; // of the window
 static constexpr int STATUS_COLUMN = 1, STATUS_ROW = 1;               // of the title in it
@@ -15,8 +14,6 @@ static constexpr int STATUS_WIDTH = 79, STATUS_HEIGHT = 10;
 static constexpr int STATUS_FIRST_ROW = 3; // of the lines below the title
 static constexpr std::size_t STATUS_LABEL_CELLS = 20;
 static constexpr std::size_t STATUS_MODES_MAX = 4; // more are shown as the first and last two
-
-static Window statusWindow; // from the first drawing until the process exits
 
 static std::string statusLine(std::string label, std::string_view value) {
     label.resize(STATUS_LABEL_CELLS, ' ');
@@ -75,22 +72,20 @@ static std::vector<std::string> statusLines(const ScreenConfig &screen) {
     return lines;
 }
 
-static void paintStatus(const ScreenConfig &screen) {
-    WINDOW *window = statusWindow.get();
-    wattrset(window, A_NORMAL);
-    werase(window);
-    putText(window, STATUS_ROW, STATUS_COLUMN, statusTitle());
+static void paintStatus(WINDOW *panel, const ScreenConfig &screen) {
+    wattrset(panel, A_NORMAL);
+    werase(panel);
+    putText(panel, STATUS_ROW, STATUS_COLUMN, statusTitle());
     int row = STATUS_FIRST_ROW;
     for (const std::string &line : statusLines(screen))
-        putText(window, row++, STATUS_COLUMN, line);
-    wrefresh(window);
+        putText(panel, row++, STATUS_COLUMN, line);
+    wrefresh(panel);
 }
 
-void drawStatusPanel(const ScreenConfig &screen) {
-    if (!statusWindow)
-        statusWindow =
-            openWindow(STATUS_SCREEN_COLUMN, STATUS_SCREEN_ROW, STATUS_WIDTH, STATUS_HEIGHT);
-    showWindow(statusWindow.get(), [&screen] { paintStatus(screen); });
+Window openStatusPanel() {
+    return openWindow(STATUS_SCREEN_COLUMN, STATUS_SCREEN_ROW, STATUS_WIDTH, STATUS_HEIGHT);
 }
 
-void clearStatusPanel() { hideWindow(statusWindow.get()); }
+void drawStatusPanel(WINDOW *panel, const ScreenConfig &screen) {
+    showWindow(panel, [panel, &screen] { paintStatus(panel, screen); });
+}

@@ -2,9 +2,10 @@
 #pragma once
 
 #include "config/screen_config.h"
+#include "ui/window.h"
 
-// Draws the panel, in full each time.
-void drawStatusPanel(const ScreenConfig &screen);
+// A window of the panel's size and place.
+Window openStatusPanel();
 
-// Takes the panel off the screen. drawStatusPanel was called before.
-void clearStatusPanel();
+// Draws the panel for a screen in its window, in full each time; hideWindow takes it off again.
+void drawStatusPanel(WINDOW *panel, const ScreenConfig &screen);

@@ -22,18 +22,15 @@ struct OpenWindow {
     std::function<void()> paint;
 };
 
-// In the order in which they were shown last, which is the order from bottom to top. Never
-// destroyed: windows that live until the process exits still leave it then.
-static std::vector<OpenWindow> &openWindows() {
-    static auto &windows = *new std::vector<OpenWindow>;
-    return windows;
-}
+// In the order in which they were shown last, which is the order from bottom to top.
+static std::vector<OpenWindow> openWindows;
 
 static std::vector<OpenWindow>::iterator findWindow(const WINDOW *window) {
-    return std::ranges::find(openWindows(), window, &OpenWindow::window);
+    return std::ranges::find(openWindows, window, &OpenWindow::window);
 }
 
-// The signals that are let through while input is waited for.
+// The signals that are held back while input is waited for: those of before holdSignals, less the
+// ones that it holds back.
 static sigset_t waitSignals;
 
 static volatile std::sig_atomic_t endSignal = 0; // the signal that asks for the end; 0: none did
@@ -59,24 +56,25 @@ static bool isIgnored(int number) {
     return action.sa_handler == SIG_IGN;
 }
 
-// Signals are held back except while input is waited for, which the handlers only end: so no resize
-// is missed between a drawing and the wait, and no save is cut short. With handlers there curses
-// sets none of its own: it would take LINES and COLUMNS for the new size, and would tidy up amid
-// whatever runs. Its handler of a stop is right, at the wait. A reader of the messages that has
-// gone is no reason to end, and a pipe without reader would end the run with the terminal in its
-// modes.
+// Holds back every signal that the program answers, except while input is waited for, where a
+// handler only ends the wait: a resize between a drawing and the wait is not missed, and a save is
+// not cut short.
 static void holdSignals() {
     sigprocmask(SIG_BLOCK, nullptr, &waitSignals);
+    // Where a handler is, curses sets none. Its own would take LINES and COLUMNS for the new size,
+    // and would tidy up the terminal amid whatever runs.
     holdSignal(SIGWINCH, [](int) {});
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
-        if (!isIgnored(number))
+        if (!isIgnored(number)) // as under nohup
             holdSignal(number, [](int received) { endSignal = received; });
-    blockSignal(SIGTSTP);
+    blockSignal(SIGTSTP); // the handler of curses is right, as long as it runs at the wait
+    // To write to a pipe that has lost its reader would end the run and leave the terminal raw;
+    // that nobody reads the messages any more is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
 }
 
 static void paintShownWindows() {
-    for (const OpenWindow &open : openWindows())
+    for (const OpenWindow &open : openWindows)
         if (open.paint)
             open.paint();
 }
@@ -84,7 +82,7 @@ static void paintShownWindows() {
 // Gives every window its size and place again, which curses changes when it does not fit, and draws
 // what is shown. On a terminal that is too small for a window curses draws the part that fits.
 static void repaintScreen() {
-    for (const OpenWindow &open : openWindows()) {
+    for (const OpenWindow &open : openWindows) {
         if (open.window == stdscr)
             continue;
         wresize(open.window, open.height, open.width);
@@ -129,7 +127,7 @@ static void waitInput() {
 }
 
 void CloseWindow::operator()(WINDOW *window) const {
-    openWindows().erase(findWindow(window));
+    openWindows.erase(findWindow(window));
     delwin(window);
 }
 
@@ -158,7 +156,7 @@ void startCurses() {
     noecho();
     raw();
     typeahead(-1); // a redraw is finished even when more input waits
-    openWindows().push_back({stdscr, 0, 0, 0, 0, {}});
+    openWindows.push_back({stdscr, 0, 0, 0, 0, {}});
 }
 
 Window openWindow(int screenColumn, int screenRow, int width, int height) {
@@ -167,7 +165,7 @@ Window openWindow(int screenColumn, int screenRow, int width, int height) {
         fatalError("Cannot open a window of %d columns by %d lines\n", width, height);
     wattrset(window, A_NORMAL);
     werase(window);
-    openWindows().push_back({window, screenColumn, screenRow, width, height, {}});
+    openWindows.push_back({window, screenColumn, screenRow, width, height, {}});
     return Window(window);
 }
 
@@ -175,7 +173,7 @@ void showWindow(WINDOW *window, std::function<void()> paint) {
     paint();
     const auto shown = findWindow(window);
     shown->paint = std::move(paint);
-    std::rotate(shown, shown + 1, openWindows().end());
+    std::rotate(shown, shown + 1, openWindows.end());
 }
 
 void hideWindow(WINDOW *window) {
