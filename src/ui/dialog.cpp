@@ -12,36 +12,69 @@ static constexpr int DIALOG_PROMPT_ROOM = 40; // columns beside the text of a pr
 static constexpr int DIALOG_NOTICE_ROOM = 15; // columns beside the text of a notice
 static constexpr int DIALOG_ANSWER_ROOM = 20; // columns for the answer behind a text that is cut
 static constexpr int DIALOG_CONTINUE_ROW = 2;
-static constexpr std::size_t DIALOG_ANSWER_SIZE = 1023; // answers have one character less
+static constexpr std::size_t DIALOG_ANSWER_MAX = 1022; // characters
 static constexpr std::string_view DIALOG_CONTINUE = "Press ENTER to Continue";
-static constexpr int EDIT_ERASE_KEY = 8; // control-H
+static constexpr int DIALOG_ERASE_KEY = 8; // control-H
 
 struct Dialog {
-    Window window;
+    int screenColumn;
     std::string text;
     DialogKind kind;
-    int entryRow, entryColumn; // where the answer begins
+    Window window = {};
+    int entryRow = 0, entryColumn = 0; // where the answer begins
     std::string answer = {};
 };
 
-// Moves to the cell of the n-th character of an answer, from 0, which curses wraps at the window's
+// The columns from the dialog to the terminal's right edge. A terminal that shrank below the layout
+// shows the part that fits, as of all windows.
+static int terminalRoom(const Dialog &dialog) {
+    return std::max(COLS, LAYOUT_COLUMNS) - dialog.screenColumn;
+}
+
+// The width that the text asks for or, where the terminal has less, what there is.
+static int dialogWidth(const Dialog &dialog) {
+    const int cells = textCells(dialog.text, DIALOG_TEXT_COLUMN);
+    const int minimum = static_cast<int>(DIALOG_CONTINUE.size());
+    const int wanted = dialog.kind == DIALOG_PROMPT ? cells + DIALOG_PROMPT_ROOM
+                                                    : std::max(cells, minimum) + DIALOG_NOTICE_ROOM;
+    return std::min(wanted, terminalRoom(dialog));
+}
+
+// An answer follows the text of a prompt or, where the text is cut, takes room from it.
+static void placeEntry(Dialog &dialog) {
+    if (dialog.kind == DIALOG_NOTICE) {
+        dialog.entryRow = DIALOG_CONTINUE_ROW;
+        dialog.entryColumn = DIALOG_TEXT_COLUMN + static_cast<int>(DIALOG_CONTINUE.size());
+        return;
+    }
+    dialog.entryRow = DIALOG_TEXT_ROW;
+    dialog.entryColumn = std::min(DIALOG_TEXT_COLUMN + textCells(dialog.text, DIALOG_TEXT_COLUMN),
+                                  getmaxx(dialog.window.get()) - DIALOG_ANSWER_ROOM);
+}
+
+// Moves to the cell of the n-th character of the answer, from 0, which curses wraps at the window's
 // edge; false outside the window.
-static bool moveToCell(WINDOW *window, int row, int column, std::size_t n) {
-    const int cell = column + static_cast<int>(n), width = getmaxx(window);
-    return wmove(window, row + cell / width, cell % width) != ERR;
+static bool moveToCell(const Dialog &dialog, std::size_t n) {
+    WINDOW *window = dialog.window.get();
+    const int cell = dialog.entryColumn + static_cast<int>(n), width = getmaxx(window);
+    return wmove(window, dialog.entryRow + cell / width, cell % width) != ERR;
 }
 
 // Blanks out what a prompt's text has of the answer's room, and one cell before it.
 static void clearAnswerRoom(const Dialog &dialog) {
+    WINDOW *window = dialog.window.get();
     const int textEnd = DIALOG_TEXT_COLUMN + textCells(dialog.text, DIALOG_TEXT_COLUMN);
     if (textEnd > dialog.entryColumn)
-        putText(dialog.window.get(), dialog.entryRow, dialog.entryColumn - 1,
-                std::string(LAYOUT_COLUMNS, ' '));
+        putText(window, dialog.entryRow, dialog.entryColumn - 1,
+                std::string(static_cast<std::size_t>(getmaxx(window)), ' '));
 }
 
-// The box is drawn last, over a text that is too long for it, and the answer over all.
-static void paintDialog(const Dialog &dialog) {
+// Follows the terminal, whose size may have changed. The box is drawn last, over a text that is too
+// long for it, and the answer over all.
+static void paintDialog(Dialog &dialog) {
     WINDOW *window = dialog.window.get();
+    wresize(window, getmaxy(window), dialogWidth(dialog));
+    placeEntry(dialog);
     werase(window);
     wattrset(window, A_NORMAL);
     putText(window, DIALOG_TEXT_ROW, DIALOG_TEXT_COLUMN, dialog.text);
@@ -50,45 +83,48 @@ static void paintDialog(const Dialog &dialog) {
     else
         clearAnswerRoom(dialog);
     box(window, ACS_VLINE, ACS_HLINE);
-    moveToCell(window, dialog.entryRow, dialog.entryColumn, 0);
+    moveToCell(dialog, 0);
     for (const char character : dialog.answer)
         waddch(window, static_cast<chtype>(character));
     wrefresh(window);
 }
 
-static Dialog openPrompt(int screenColumn, int screenRow, const std::string &text) {
-    const int cells = textCells(text, DIALOG_TEXT_COLUMN);
-    const int width = std::min(cells + DIALOG_PROMPT_ROOM, LAYOUT_COLUMNS - screenColumn);
-    const int entry = std::min(DIALOG_TEXT_COLUMN + cells, width - DIALOG_ANSWER_ROOM);
-    return {openWindow(screenColumn, screenRow, width, DIALOG_PROMPT_HEIGHT), text, DIALOG_PROMPT,
-            DIALOG_TEXT_ROW, entry};
+static void eraseLast(Dialog &dialog) {
+    if (dialog.answer.empty())
+        return;
+    dialog.answer.pop_back();
+    if (!moveToCell(dialog, dialog.answer.size()))
+        return;
+    waddch(dialog.window.get(), ' ');
+    moveToCell(dialog, dialog.answer.size());
 }
 
-static Dialog openNotice(int screenColumn, int screenRow, const std::string &text) {
-    const int minimum = static_cast<int>(DIALOG_CONTINUE.size());
-    const int cells = std::max(textCells(text, DIALOG_TEXT_COLUMN), minimum);
-    const int width = std::min(cells + DIALOG_NOTICE_ROOM, LAYOUT_COLUMNS - screenColumn);
-    return {openWindow(screenColumn, screenRow, width, DIALOG_NOTICE_HEIGHT), text, DIALOG_NOTICE,
-            DIALOG_CONTINUE_ROW, DIALOG_TEXT_COLUMN + minimum};
-}
-
-static void eraseLast(WINDOW *window, int row, int column, std::string &buffer) {
-    if (buffer.empty())
-        return;
-    buffer.pop_back();
-    if (!moveToCell(window, row, column, buffer.size()))
-        return;
-    waddch(window, ' ');
-    moveToCell(window, row, column, buffer.size());
+// Reads bytes past curses, which would take an escape sequence for one key: its first byte ends the
+// answer, the rest reaches the next menu.
+static void editLine(Dialog &dialog) {
+    WINDOW *window = dialog.window.get();
+    for (;;) {
+        wrefresh(window);
+        const int key = readKey();
+        if (key == DIALOG_ERASE_KEY) {
+            eraseLast(dialog);
+        } else if (key < ' ' || key > '~') {
+            return;
+        } else if (dialog.answer.size() < DIALOG_ANSWER_MAX) {
+            waddch(window, static_cast<chtype>(key));
+            dialog.answer.push_back(static_cast<char>(key));
+        }
+    }
 }
 
 std::optional<std::string> showDialog(int screenColumn, int screenRow, const std::string &text,
                                       DialogKind kind) {
-    Dialog dialog = kind == DIALOG_PROMPT ? openPrompt(screenColumn, screenRow, text)
-                                          : openNotice(screenColumn, screenRow, text);
+    Dialog dialog{screenColumn, text, kind};
+    const int height = kind == DIALOG_PROMPT ? DIALOG_PROMPT_HEIGHT : DIALOG_NOTICE_HEIGHT;
+    dialog.window = openWindow(screenColumn, screenRow, dialogWidth(dialog), height);
     WINDOW *window = dialog.window.get();
     showWindow(window, [&dialog] { paintDialog(dialog); });
-    editLine(window, dialog.entryRow, dialog.entryColumn, dialog.answer, DIALOG_ANSWER_SIZE);
+    editLine(dialog);
     hideWindow(window);
     if (kind == DIALOG_NOTICE)
         return std::nullopt;
@@ -97,21 +133,4 @@ std::optional<std::string> showDialog(int screenColumn, int screenRow, const std
 
 void showNotice(const std::string &text) {
     showDialog(DIALOG_NOTICE_COLUMN, DIALOG_NOTICE_ROW, text, DIALOG_NOTICE);
-}
-
-int editLine(WINDOW *window, int row, int column, std::string &buffer, std::size_t size) {
-    buffer.clear();
-    moveToCell(window, row, column, 0);
-    for (;;) {
-        wrefresh(window);
-        const int key = readKey();
-        if (key == EDIT_ERASE_KEY) {
-            eraseLast(window, row, column, buffer);
-        } else if (key < ' ' || key > '~') {
-            return static_cast<int>(buffer.size());
-        } else if (buffer.size() < size - 1) {
-            waddch(window, static_cast<chtype>(key));
-            buffer.push_back(static_cast<char>(key));
-        }
-    }
 }

@@ -11,14 +11,14 @@
 
 static constexpr std::size_t INFORMATION_VERSION_MAX = 126; // bytes of the version line
 static constexpr int INFORMATION_MARGIN = 1, INFORMATION_INDENT = 8, INFORMATION_VERSION_COLUMN = 9;
+static constexpr int INFORMATION_PRODUCT_ROW = 1;
 
 // A text at a fixed place of the screen.
 struct PlacedText {
     int row, column;
     const char *text;
 };
-static constexpr std::array<PlacedText, 13> INFORMATION_TEXTS = {{
-    {1, INFORMATION_MARGIN, "Korvel-X "},
+static constexpr std::array<PlacedText, 12> INFORMATION_TEXTS = {{
     {3, INFORMATION_INDENT, "from"},
     {5, INFORMATION_INDENT, "Dunmere Display Systems"},
     {6, INFORMATION_INDENT, "100 Example Street"},
@@ -42,12 +42,14 @@ static std::string readVersion() {
     return reader && readLine(*reader, line) ? std::string(line) : "";
 }
 
+// The version may be of several rows and is drawn before the texts that stand on them.
 static void paintInformation(const std::string &version) {
     wattrset(stdscr, A_NORMAL);
     werase(stdscr);
+    putText(stdscr, INFORMATION_PRODUCT_ROW, INFORMATION_MARGIN, "Korvel-X ");
+    putWrappedText(stdscr, INFORMATION_PRODUCT_ROW, INFORMATION_VERSION_COLUMN, version);
     for (const PlacedText &entry : INFORMATION_TEXTS)
         putText(stdscr, entry.row, entry.column, entry.text);
-    putText(stdscr, 1, INFORMATION_VERSION_COLUMN, version);
     wattrset(stdscr, A_BOLD | A_REVERSE);
     putText(stdscr, INFORMATION_CONTINUE_ROW, INFORMATION_MARGIN, "Press Enter to continue");
     wattrset(stdscr, A_NORMAL);

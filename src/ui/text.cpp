@@ -42,6 +42,18 @@ void putText(WINDOW *window, int row, int column, std::string_view text) {
     }
 }
 
+// Curses itself wraps and expands tabs; it would also show and follow the control characters.
+void putWrappedText(WINDOW *window, int row, int column, std::string_view text) {
+    std::wstring shown;
+    while (!text.empty()) {
+        const Glyph glyph = firstGlyph(text, 0);
+        shown += text.front() == '\t' ? L"\t" : glyph.shown;
+        text.remove_prefix(glyph.bytes);
+    }
+    if (wmove(window, row, column) != ERR)
+        waddnwstr(window, shown.data(), static_cast<int>(shown.size()));
+}
+
 int textCells(std::string_view text, int column) {
     const int first = column;
     while (!text.empty()) {

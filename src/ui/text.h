@@ -12,5 +12,9 @@
 // window's edge is cut; what lies outside the window is not written.
 void putText(WINDOW *window, int row, int column, std::string_view text);
 
+// As putText, but what does not fit on a row goes on in the next one, which begins at the window's
+// left edge.
+void putWrappedText(WINDOW *window, int row, int column, std::string_view text);
+
 // The cells that a text needs at this column of a window, before anything is cut.
 int textCells(std::string_view text, int column);

@@ -28,7 +28,6 @@ struct ScreensTest : TerminalTest {
         writeFile(korvel / "DisplayConfig/empty/config", "Modes\n");
         writeFile(korvel / "scrconf/MouseInfo", "Mouse \"Serial\" Microsoft 2 /dev/ttyS0\n"
                                                 "TouchScreen \"Panel\" Elo 1 NoDevice\n");
-        writeFile(korvel / ".version", " 9.9\n");
     }
     // The mode of the class "many" on a screen row, as the menu shows it.
     static std::string modeText(int n) {
@@ -38,8 +37,9 @@ struct ScreensTest : TerminalTest {
 };
 
 TEST_F(ScreensTest, TheInformationScreenAndThePanel) {
+    writeFile(korvel / ".version", " 9.9\t\033" + std::string(70, '9') + "\n");
     start({"-1"});
-    EXPECT_EQ(rows(0, 3), "\n Korvel-X 9.9\n\n        from\n");
+    EXPECT_EQ(rows(0, 3), "\n Korvel-X 9.9   " + std::string(64, '9') + "\n999999\n        from\n");
     EXPECT_EQ(rows(16, 23),
               " To use scrconf, you will need to select the following things:\n\n"
               "        (1) Graphics Card (followed by a resolution choice)\n"
@@ -173,8 +173,13 @@ TEST_F(ScreensTest, LongTextsAreCutByTheCell) {
     press("<Enter>");
     EXPECT_EQ(rows(3, 3), "   Supported Modes for " + std::string(55, 'Y') + "\n");
     press("p<Down><Enter><Enter>/dev/x");
+    resize(24, 127); // one column less would be too few
+    EXPECT_EQ(rows(2, 2), " │   Device (default: /dev/" + std::string(60, 'd') + ") : /dev/x" +
+                              std::string(29, ' ') + "│\n");
+    resize(24, 80);
+    press("y");
     EXPECT_EQ(rows(2, 2),
-              " │   Device (default: /dev/" + std::string(32, 'd') + " /dev/x             │\n");
+              " │   Device (default: /dev/" + std::string(32, 'd') + " /dev/xy            │\n");
 }
 
 TEST_F(ScreensTest, AnAnswerMayBeLongerThanItsDialog) {
