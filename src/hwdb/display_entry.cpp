@@ -13,7 +13,6 @@
 #include "base/paths.h"
 #include "base/text_scanner.h"
 #include "hwdb/extra_lines.h"
-#include "vdif/mode_timing.h"
 
 static constexpr std::string_view DISPLAY_NO_VIRTUAL = "NoVirtual";
 static constexpr std::size_t DISPLAY_TIMING_WORD_MAX = 31;  // characters
@@ -102,21 +101,12 @@ static std::unique_ptr<VideoMode> findMonitorMode(std::string_view line, const s
         showMessage("Unterminated timing name in %s: %s\n", path.c_str(), copyLine(line).c_str());
         return nullptr;
     }
-    ModeTiming timing;
     const auto name = line.substr(open + 1, close - open - 1).substr(0, DISPLAY_TIMING_NAME_MAX);
-    if (!findTimingByName(timing, name))
+    const auto timing = findTimingByName(name);
+    if (!timing)
         return nullptr;
     auto mode = std::make_unique<VideoMode>();
-    mode->clock = timing.clock;
-    mode->hDisplay = timing.hDisplay;
-    mode->hSyncStart = timing.hSyncStart;
-    mode->hSyncEnd = timing.hSyncEnd;
-    mode->hTotal = timing.hTotal;
-    mode->vDisplay = timing.vDisplay;
-    mode->vSyncStart = timing.vSyncStart;
-    mode->vSyncEnd = timing.vSyncEnd;
-    mode->vTotal = timing.vTotal;
-    mode->flags = timing.flags;
+    static_cast<ModeTiming &>(*mode) = *timing;
     return mode;
 }
 

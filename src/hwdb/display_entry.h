@@ -28,23 +28,20 @@
 
 #include "base/lists.h"
 #include "hwdb/card_list.h"
-#include "vdif/mode_flags.h"
+#include "vdif/mode_timing.h"
 
 inline constexpr std::size_t DISPLAY_PIECE_MAX = 1022; // bytes of a line read at once
 inline constexpr std::string_view DISPLAY_MODES = "Modes";
 
-struct VideoMode {
+// A mode line. Of a timing of the server's own the numbers behind the display are not known: 0.
+struct VideoMode : ModeTiming {
     VideoMode *next = nullptr;
     std::string label; // text in the menu
     std::string name;  // in the configuration; made unique among the chosen modes
     int depth = 0;     // bits per pixel
     int refresh = 0;   // Hz; negative: a code
-    float clock = 0;   // MHz
-    int hDisplay = 0, hSyncStart = 0, hSyncEnd = 0, hTotal = 0; // pixels
-    int vDisplay = 0, vSyncStart = 0, vSyncEnd = 0, vTotal = 0; // lines
     std::optional<std::string> timingRef; // names a timing of the server's own
     std::string extraLines;               // lines for the screen section, each with its line end
-    std::uint32_t flags = 0;              // MODE_ bits
 };
 using ModeList = OwnedList<VideoMode>;
 

@@ -29,7 +29,7 @@ int fitsOperationalLimits(VdifBlock limits, VdifBlock timing) {
         {value(PixelClock) > limit(MaxPixelClock), "Above Maximum Bandwidth\n"},
     };
     if (tracing())
-        showMessage("Test: Mode %s \n", timingName(*defaultDescription, timing).data());
+        showMessage("Test: Mode %s \n", timingName(timing).data());
     int failures = 0;
     for (const auto &[failed, message] : tests) {
         failures += failed;
@@ -48,7 +48,7 @@ static unsigned directionErrors(std::uint64_t blankStart, std::uint64_t blankTim
     return (blankOff ? 1u : 0) | (blankStart > syncStart ? 4u : 0) | (total < syncStart ? 16u : 0);
 }
 
-void checkTimingConsistency(const MonitorDescription &description, VdifBlock timing) {
+void checkTimingConsistency(VdifBlock timing) {
     using namespace TimingField;
     const auto value = [timing](VdifField field) { return fieldValue(timing, field); };
     const unsigned errors = directionErrors(value(HorBlankStart), value(HorBlankTime),
@@ -57,8 +57,7 @@ void checkTimingConsistency(const MonitorDescription &description, VdifBlock tim
                                             value(VerSyncStart), value(VerTotalTime))
                                 << 1;
     if (errors != 0)
-        showMessage("PreAdjustedTiming %s: error number %u\n",
-                    timingName(description, timing).data(), errors);
+        showMessage("PreAdjustedTiming %s: error number %u\n", timingName(timing).data(), errors);
 }
 
 static int roundUpTo8(std::uint64_t pixels) { return static_cast<int>((pixels + 7) / 8 * 8); }
@@ -68,7 +67,8 @@ static int nearestLine(double lines) {
     return static_cast<int>(static_cast<std::int64_t>(lines + 0.5));
 }
 
-void timingToMode(ModeTiming &mode, VdifBlock timing, VdifBlock limits) {
+// `limits` is the block of the timing's own description.
+static ModeTiming timingToMode(VdifBlock timing, VdifBlock limits) {
     using namespace TimingField;
     const auto value = [timing](VdifField field) { return fieldValue(timing, field); };
     const std::uint64_t clock = value(PixelClock);
@@ -76,6 +76,7 @@ void timingToMode(ModeTiming &mode, VdifBlock timing, VdifBlock limits) {
     // Lines per µs, held as a float: more digits would move a number that lies at half a line.
     const float rate = static_cast<float>(static_cast<double>(value(HorFrequency)) / 1'000'000);
     const auto lines = [&](VdifField time) { return rate * static_cast<double>(value(time)); };
+    ModeTiming mode;
     mode.clock = static_cast<float>(clock) / 1000;
     mode.hDisplay = roundUpTo8(value(HorPixel));
     mode.hSyncStart = roundUpTo8(pixels(HorSyncStart));
@@ -90,13 +91,13 @@ void timingToMode(ModeTiming &mode, VdifBlock timing, VdifBlock limits) {
     mode.flags |= value(VerSyncPolarity) != 0 ? MODE_PVSYNC : MODE_NVSYNC;
     if (fieldValue(limits, LimitsField::SyncConfiguration) == SYNC_CONFIG_ON_GREEN)
         mode.flags |= MODE_SYNC_ON_GREEN;
+    return mode;
 }
 
-bool findTimingByName(ModeTiming &mode, std::string_view name) {
+std::optional<ModeTiming> findTimingByName(std::string_view name) {
     const auto record = currentDescription ? findTiming(*currentDescription, name) : std::nullopt;
     if (!record)
-        return false;
-    timingToMode(mode, *record, *limitsBlock(*currentDescription));
-    checkTimingConsistency(*currentDescription, *record);
-    return true;
+        return std::nullopt;
+    checkTimingConsistency(*record);
+    return timingToMode(*record, *limitsBlock(*currentDescription));
 }

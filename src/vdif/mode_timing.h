@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "vdif/mode_flags.h"
@@ -24,13 +25,9 @@ int fitsOperationalLimits(VdifBlock limits, VdifBlock timing);
 //     1, 2      blank start + blank time is not within 10 % of the total; horizontal, vertical
 //     4, 8      the blank begins behind the start of the sync pulse; horizontal, vertical
 //     16, 32    the sync pulse begins behind the total; horizontal, vertical
-// The description gives the timing's name.
-void checkTimingConsistency(const MonitorDescription &description, VdifBlock timing);
+void checkTimingConsistency(VdifBlock timing);
 
-// Converts a timing; `limits` is the block of the same description. Horizontal numbers are rounded
-// up to a multiple of 8 pixels, vertical ones to the nearest line.
-void timingToMode(ModeTiming &mode, VdifBlock timing, VdifBlock limits);
-
-// Converts the first timing of currentDescription that has exactly this name, and reports it when
-// it is inconsistent. False, with `mode` as it was, when there is none.
-bool findTimingByName(ModeTiming &mode, std::string_view name);
+// The first timing of currentDescription that has exactly this name, as a mode; none without one.
+// Horizontal numbers are rounded up to a multiple of 8 pixels, vertical ones to the nearest line.
+// A timing that is inconsistent is reported.
+std::optional<ModeTiming> findTimingByName(std::string_view name);

@@ -7,7 +7,6 @@
 static constexpr std::string_view VDIF_ID = "VDIF"; // the first bytes of every image
 static constexpr std::size_t VDIF_HEADER_SIZE = 116, VDIF_LIMITS_SIZE = 64, VDIF_TIMING_SIZE = 72;
 
-std::optional<std::string> defaultPath;
 std::shared_ptr<const MonitorDescription> defaultDescription;
 std::shared_ptr<const MonitorDescription> currentDescription;
 std::string stringPool;
@@ -73,7 +72,7 @@ std::size_t addTiming(MonitorDescription &description, VdifBlock record) {
 // What record numbers are sorted by.
 static auto nameOf(const MonitorDescription &description) {
     return [&description](std::uint32_t number) {
-        return timingName(description, timingRecord(description, number));
+        return timingName(timingRecord(description, number));
     };
 }
 
@@ -101,14 +100,12 @@ std::uint32_t addString(std::string_view text) {
     return static_cast<std::uint32_t>(offset);
 }
 
-std::string_view stringAt(const MonitorDescription &description, std::uint64_t offset) {
-    const std::uint64_t table =
-        fieldValue(headerBlock(description), HeaderField::StringTableOffset);
-    const std::string_view strings = table != 0 ? description.image : stringPool;
-    const std::string_view text = strings.substr(std::min(table + offset, strings.size()));
+std::string_view stringAt(std::uint64_t offset) {
+    const std::string_view strings = stringPool;
+    const std::string_view text = strings.substr(std::min<std::size_t>(offset, strings.size()));
     return text.substr(0, text.find('\0'));
 }
 
-std::string_view timingName(const MonitorDescription &description, VdifBlock timing) {
-    return stringAt(description, fieldValue(timing, TimingField::Preadjustedtimingname));
+std::string_view timingName(VdifBlock timing) {
+    return stringAt(fieldValue(timing, TimingField::Preadjustedtimingname));
 }

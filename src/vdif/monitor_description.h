@@ -24,7 +24,7 @@ struct VdifField {
 };
 
 // Fields carry VDIF's own names. What VDIF has besides them stays 0: lengths, checksum, borders,
-// phosphor decay, white point and chromaticities.
+// phosphor decay, white point, chromaticities and the offset of a string table of the image's own.
 namespace HeaderField {
 inline constexpr VdifField VdifVersion = {12, 2}, VdifRevision = {14, 2}; // 1.1: 1 and 100
 // Year, month and day, 16 bits each.
@@ -36,9 +36,8 @@ inline constexpr VdifField MonitorType = {52, 1}; // MONITOR_COLOR or MONITOR_MO
 inline constexpr VdifField CRTSize = {53, 1};     // inches
 // Thousandths.
 inline constexpr VdifField RedGamma = {90, 2}, GreenGamma = {92, 2}, BlueGamma = {94, 2};
-inline constexpr VdifField LimitsCount = {96, 4};        // 0 or 1
-inline constexpr VdifField LimitsOffset = {100, 4};      // from the start of the image
-inline constexpr VdifField StringTableOffset = {112, 4}; // 0: the strings lie in the pool
+inline constexpr VdifField LimitsCount = {96, 4};   // 0 or 1
+inline constexpr VdifField LimitsOffset = {100, 4}; // from the start of the image
 } // namespace HeaderField
 
 namespace LimitsField {
@@ -88,7 +87,6 @@ struct MonitorDescription {
     std::vector<std::uint32_t> timingsByName; // numbers of the records; see indexTimings
 };
 
-extern std::optional<std::string> defaultPath;                       // of the timing library
 extern std::shared_ptr<const MonitorDescription> defaultDescription; // the timing library
 extern std::shared_ptr<const MonitorDescription> currentDescription; // the monitor's
 extern std::string stringPool; // each text with its NUL; kept until the process exits
@@ -138,7 +136,7 @@ std::uint32_t addString(std::string_view text);
 
 // The text of a string field, a NUL behind it; empty for an offset beyond all strings. Valid until
 // a string is added to the pool.
-std::string_view stringAt(const MonitorDescription &description, std::uint64_t offset);
+std::string_view stringAt(std::uint64_t offset);
 
-// The name of a timing record, the description's own or one that shares its strings.
-std::string_view timingName(const MonitorDescription &description, VdifBlock timing);
+// The name of a timing record; empty when its section gave none.
+std::string_view timingName(VdifBlock timing);

@@ -267,7 +267,7 @@ static VdifState readTiming(VdifReader &reader) {
 
 static void copyTiming(MonitorDescription &description, VdifBlock timing) {
     addTiming(description, timing);
-    checkTimingConsistency(description, timing);
+    checkTimingConsistency(timing);
 }
 
 static VdifState readEstablished(VdifReader &reader) {
@@ -336,7 +336,8 @@ static std::optional<std::string> readWhole(const std::string &path) {
     return std::ferror(file.get()) ? std::nullopt : std::optional(std::move(text));
 }
 
-std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path) {
+std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path,
+                                                                 bool isLibrary) {
     auto text = readWhole(path);
     if (!text)
         return nullptr;
@@ -344,7 +345,7 @@ std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::stri
     reader.scanner.text = std::move(*text);
     reader.description = makeDescription();
     runStates(reader);
-    if (!reader.establishedGiven && path != defaultPath)
+    if (!reader.establishedGiven && !isLibrary)
         completeDescription(reader.description, path);
     indexTimings(reader.description);
     return std::make_shared<const MonitorDescription>(std::move(reader.description));
@@ -352,11 +353,13 @@ std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::stri
 
 const MonitorDescription *loadMonitorDescriptions(const char *libraryPath,
                                                   const char *monitorPath) {
-    if (libraryPath) {
-        defaultPath = libraryPath;
-        if (!defaultDescription)
-            defaultDescription = readMonitorDescription(libraryPath);
+    if (libraryPath && !defaultDescription)
+        defaultDescription = readMonitorDescription(libraryPath, true);
+    if (monitorPath) {
+        const bool isLibrary = libraryPath && std::string_view(monitorPath) == libraryPath;
+        currentDescription = readMonitorDescription(monitorPath, isLibrary);
+    } else {
+        currentDescription = defaultDescription;
     }
-    currentDescription = monitorPath ? readMonitorDescription(monitorPath) : defaultDescription;
     return currentDescription.get();
 }

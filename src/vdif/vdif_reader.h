@@ -19,12 +19,14 @@
 
 #include "vdif/monitor_description.h"
 
-// Reads a file. A monitor that does not list its established timings gets, behind its own, all
-// timings of defaultDescription that fit its limits; it is reported when its limits are incomplete.
-// The file of defaultPath is never completed. Null when the file cannot be opened.
-std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path);
+// Reads a file: the timing library or a monitor's. A monitor that does not list its established
+// timings gets, behind its own, all timings of defaultDescription that fit its limits; it is
+// reported when its limits are incomplete. Null when the file cannot be opened.
+std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path,
+                                                                 bool isLibrary);
 
 // Reads the timing library into defaultDescription, unless it is there already, and the monitor's
 // file into currentDescription, which without a monitor's file is the library. Either path may be
-// null. Returns the current description; null when its file cannot be opened.
+// null; of the same path both times the library is read once more. Returns the current description;
+// null when its file cannot be opened.
 const MonitorDescription *loadMonitorDescriptions(const char *libraryPath, const char *monitorPath);

@@ -36,12 +36,12 @@ static std::optional<std::string> quoteTokens(std::string_view text) {
 static void checkTimings(const MonitorDescription &description) {
     for (std::size_t index = 0; index < timingCount(description); index++) {
         const VdifBlock record = timingRecord(description, index);
-        const std::string name(timingName(description, record));
+        const std::string name(timingName(record));
         const auto found = findTiming(description, name);
-        require(timingName(description, *found) == name && found->data() <= record.data(),
+        require(timingName(*found) == name && found->data() <= record.data(),
                 "a name is that of its first timing");
-        ModeTiming mode;
-        require(findTimingByName(mode, name) && mode.hTotal % 8 == 0 && mode.hDisplay % 8 == 0,
+        const auto mode = findTimingByName(name);
+        require(mode && mode->hTotal % 8 == 0 && mode->hDisplay % 8 == 0,
                 "every timing becomes a mode");
     }
 }

@@ -33,7 +33,6 @@ struct ManualExamplesTest : TempDirTest {
     void SetUp() override { // process-wide: each case starts empty
         cardList = nullptr;
         pointerDevices = nullptr;
-        defaultPath.reset();
         defaultDescription.reset();
         writeFile(CARD_LIST_PATH, example("CardInfo", 0));
         writeFile(displayConfigPath("a64"), example("DisplayConfig", 0));

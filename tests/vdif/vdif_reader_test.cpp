@@ -7,7 +7,6 @@
 
 struct VdifReaderTest : TempDirTest {
     void SetUp() override { // process-wide: each case starts empty
-        defaultPath.reset();
         defaultDescription.reset();
         currentDescription.reset();
         stringPool.clear();
@@ -46,7 +45,7 @@ static std::string timings(const MonitorDescription &description) {
     std::string text;
     for (std::size_t index = 0; index < timingCount(description); index++) {
         const VdifBlock record = timingRecord(description, index);
-        text += std::string(timingName(description, record)) + " " +
+        text += std::string(timingName(record)) + " " +
                 std::to_string(fieldValue(record, TimingField::VerFrequency)) + "\n";
     }
     return text;
@@ -64,7 +63,7 @@ static std::string hex(std::string_view bytes) {
 
 // Every key once, each with a value of its own: the image shows where and how each is stored.
 TEST_F(VdifReaderTest, EveryFieldHasItsPlaceAndUnit) {
-    const auto description = readMonitorDescription(samplePath("every-field.vda"));
+    const auto description = readMonitorDescription(samplePath("every-field.vda"), true);
     EXPECT_EQ(hex(headerBlock(*description)),
               "5644494600000000000000000200fa00cc0705000c00cb0704000b00010000000300000005000000"
               "07000000090000000b0000000011" +
@@ -141,7 +140,7 @@ TEST_F(VdifReaderTest, ReadingEndsWhereTheFormatIsLeftAndTheRestStays) {
     for (const auto &given : cases) {
         SCOPED_TRACE(given.text);
         writeFile("monitor", given.text);
-        const auto description = readMonitorDescription("monitor");
+        const auto description = readMonitorDescription("monitor", false);
         const VdifBlock header = headerBlock(*description);
         EXPECT_EQ(fieldValue(header, HeaderField::LimitsCount), given.limits);
         EXPECT_EQ(fieldValue(header, HeaderField::MonitorType), given.type);
