@@ -15,10 +15,9 @@ static constexpr int CATALOGUE_COLOR_DEPTH = 24;    // bits per pixel
 struct CatalogueColumn {
     int width; // pixels
     int depth; // bits per pixel
-    std::string cellText = {};
 };
 
-static std::array<CatalogueColumn, CATALOGUE_COLUMNS> catalogueColumns = {{
+static constexpr std::array<CatalogueColumn, CATALOGUE_COLUMNS> CATALOGUE_TABLE = {{
     {640, 4},  {640, 8},  {640, 16},  {640, 24},  //
     {800, 4},  {800, 8},  {800, 16},  {800, 24},  //
     {1024, 4}, {1024, 8}, {1024, 16}, {1024, 24}, //
@@ -31,8 +30,9 @@ struct CatalogueRun {
     std::FILE *out;
     const CatalogueFormatter &formatter;
     int groupSize;
-    std::span<CatalogueColumn> columns;
+    std::span<const CatalogueColumn> columns;
     bool marks;
+    std::array<std::string, CATALOGUE_COLUMNS> cells = {}; // of the card, one for each column
     int cards = 0;
     int indexInGroup = -1;
     bool groupStarted = false;
@@ -64,22 +64,22 @@ static void appendRefresh(std::string &cellText, const VideoMode &mode) {
         cellText += 'i';
 }
 
-static void enterMode(const CatalogueRun &run, const CardEntry &card, VideoMode &mode) {
+static void enterMode(CatalogueRun &run, const CardEntry &card, VideoMode &mode) {
     if (mode.depth == CATALOGUE_UNPACKED_DEPTH)
         mode.depth = CATALOGUE_COLOR_DEPTH;
     if (!isWithinColumns(mode, run.columns))
         return;
-    const auto column =
-        std::ranges::find_if(run.columns, [&](auto &entry) { return fitsColumn(mode, entry); });
+    const auto column = std::ranges::find_if(
+        run.columns, [&](const CatalogueColumn &entry) { return fitsColumn(mode, entry); });
     if (column == run.columns.end())
         std::printf("somebody doesn't fit in a column\n%s\n%s\n", std::string(card.name).c_str(),
                     mode.label.c_str());
     else
-        appendRefresh(column->cellText, mode);
+        appendRefresh(run.cells[static_cast<std::size_t>(column - run.columns.begin())], mode);
 }
 
 // Enters the card's modes by width and depth, those of equal ones in file order.
-static void enterModes(const CatalogueRun &run, CardEntry &card) {
+static void enterModes(CatalogueRun &run, CardEntry &card) {
     const ModeList modes = readDisplayEntry(card);
     auto sorted = listRecords(modes.get());
     std::ranges::stable_sort(
@@ -101,17 +101,17 @@ static void startRow(CatalogueRun &run) {
 static void writeCard(CatalogueRun &run, CardEntry &card) {
     startRow(run);
     run.formatter.cardRow(run.out, run.indexInGroup, card);
-    for (CatalogueColumn &column : run.columns)
-        column.cellText.clear();
+    for (std::string &cell : run.cells)
+        cell.clear();
     run.cards++;
     enterModes(run, card);
     for (std::size_t index = 0; index < run.columns.size(); index++)
-        run.formatter.columnCell(run.out, run.columns[index].cellText, index, run.marks);
+        run.formatter.columnCell(run.out, run.cells[index], index, run.marks);
 }
 
 void buildCatalogue(std::FILE *out, const CatalogueFormatter &formatter, int groupSize,
                     std::size_t columnCount, bool marks) {
-    CatalogueRun run{out, formatter, groupSize, std::span(catalogueColumns).first(columnCount),
+    CatalogueRun run{out, formatter, groupSize, std::span(CATALOGUE_TABLE).first(columnCount),
                      marks};
     loadCardList();
     for (CardEntry *card = cardList; card; card = card->next)

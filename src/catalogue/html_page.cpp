@@ -1,5 +1,6 @@
 #include "catalogue/html_page.h"
 
+#include <array>
 #include <ctime>
 #include <string>
 #include <utility>
@@ -8,8 +9,9 @@
 #include "base/messages.h"
 #include "catalogue/cell_text.h"
 
-static constexpr Escape HTML_ESCAPES[] = {
-    {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}};
+static constexpr auto HTML_ESCAPES =
+    std::to_array<Escape>({{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}});
+static constexpr auto HTML_LINE_BREAKS = std::to_array<Escape>({{' ', "<BR>"}});
 
 // The head ends by opening a row; each card opens its own.
 static constexpr std::string_view HTML_HEAD =
@@ -67,7 +69,6 @@ static void writeCardRow(std::FILE *out, int indexInGroup, const CardEntry &card
 }
 
 static void writeColumnCell(std::FILE *out, std::string_view cellText, std::size_t, bool marks) {
-    static constexpr Escape LINE_BREAKS[] = {{' ', "<BR>"}};
     if (marks) {
         writeText(out, cellText.empty()
                            ? "\t\t<TD><BR></TD>\n"
@@ -75,7 +76,7 @@ static void writeColumnCell(std::FILE *out, std::string_view cellText, std::size
         return;
     }
     std::string cell = "\t\t<TD>";
-    appendEscaped(cell, cellText, LINE_BREAKS);
+    appendEscaped(cell, cellText, HTML_LINE_BREAKS);
     writeText(out, cell += "<BR></TD>\n");
 }
 

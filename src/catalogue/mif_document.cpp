@@ -22,8 +22,8 @@ static constexpr std::string_view MIF_TABLE_BODY = "<TblBody";
 static constexpr std::string_view MIF_ROW_END = "  > # end of Row\n";
 
 // Whoever replaces the table body counts every bracket, so none may stand in a string.
-static constexpr Escape MIF_ESCAPES[] = {
-    {'\\', "\\\\"}, {'\'', "\\q"}, {'`', "\\Q"}, {'<', "\\x3c "}, {'>', "\\x3e "}};
+static constexpr auto MIF_ESCAPES = std::to_array<Escape>(
+    {{'\\', "\\\\"}, {'\'', "\\q"}, {'`', "\\Q"}, {'<', "\\x3c "}, {'>', "\\x3e "}});
 
 // Borders of the cells: those of a text cell, and those of a matrix cell by its place in the four
 // columns of its resolution, where the first column of the table has its own.

@@ -1,5 +1,6 @@
 #include "frame/command_line.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -21,10 +22,11 @@ struct CatalogueCommand {
     std::string_view option;
     void (*write)(const char *path, bool marks);
 };
-static constexpr CatalogueCommand CATALOGUE_COMMANDS[] = {{"-l", updateMifCatalogue},
-                                                          {"-lh", writeHtmlCatalogue}};
+static constexpr auto COMMAND_CATALOGUES =
+    std::to_array<CatalogueCommand>({{"-l", updateMifCatalogue}, {"-lh", writeHtmlCatalogue}});
 
-// Ends a command that wrote to standard output; what is lost of that is an error.
+// Ends a command that wrote to standard output. On a full disk, say, the stream may tell only at
+// its close that a part of it is lost, and the command has failed then.
 [[noreturn]] static void endCommand() {
     if (!closeWritten(File(stdout)))
         systemError("standard output");
@@ -39,7 +41,7 @@ static constexpr CatalogueCommand CATALOGUE_COMMANDS[] = {{"-l", updateMifCatalo
 
 // Ends the process when the argument is a catalogue command; `path` is the argument behind it.
 static void runCatalogueCommand(std::string_view argument, const char *path) {
-    for (const CatalogueCommand &command : CATALOGUE_COMMANDS) {
+    for (const CatalogueCommand &command : COMMAND_CATALOGUES) {
         if (argument != command.option)
             continue;
         if (!path)

@@ -21,8 +21,8 @@ static constexpr std::size_t DISPLAY_TEXT_MAX = 255;        // characters of a l
 static constexpr std::size_t DISPLAY_LABEL_USUAL = 60; // characters, of nearly every label at most
 
 // Texts for the refresh codes -1, -2, ...
-static constexpr std::array<const char *, 4> refreshLabels = {"(Refresh Rate from DOS Install)", "",
-                                                              "Non Interlaced", "Interlaced"};
+static constexpr std::array<const char *, 4> DISPLAY_REFRESH_LABELS = {
+    "(Refresh Rate from DOS Install)", "", "Non Interlaced", "Interlaced"};
 
 // What every mode line begins with.
 struct ModeHead {
@@ -118,8 +118,8 @@ static void appendRefresh(std::string &label, int refresh) {
         return;
     }
     const auto index = static_cast<std::size_t>(-(refresh + 1)); // the code -1 is the first
-    if (index < refreshLabels.size())
-        label += refreshLabels[index];
+    if (index < DISPLAY_REFRESH_LABELS.size())
+        label += DISPLAY_REFRESH_LABELS[index];
 }
 
 static std::string modeLabel(const ModeHead &head, std::uint32_t flags) {

@@ -31,29 +31,30 @@ struct VdifReader {
     VdifScanner scanner;
     MonitorDescription description;
     bool establishedGiven = false; // the file says which timings of the library it wants
-    std::size_t nextField = 0;     // entry of timingFieldTable that is tried first
+    std::size_t nextField = 0;     // entry of VDIF_TIMING_FIELDS that is tried first
 };
 
 struct VdifSection {
     std::string_view header;
     VdifState state;
 };
-static constexpr VdifSection SECTION_LIMITS = {"[OPERATIONAL_LIMITS]", STATE_OPERATIONAL_LIMITS};
-static constexpr VdifSection SECTION_TIMING = {"[PREADJUSTED_TIMING]", STATE_PREADJ_TIMINGS};
-static constexpr VdifSection SECTION_ESTABLISHED = {"[ESTABLISHED_TIMINGS]",
-                                                    STATE_ESTABLISHED_TIMINGS};
-static constexpr VdifSection SECTION_GAMMA = {"[GAMMA_TABLE_ENTRIES]", STATE_GAMMA_TABLE};
+static constexpr VdifSection VDIF_LIMITS_SECTION = {"[OPERATIONAL_LIMITS]",
+                                                    STATE_OPERATIONAL_LIMITS};
+static constexpr VdifSection VDIF_TIMING_SECTION = {"[PREADJUSTED_TIMING]", STATE_PREADJ_TIMINGS};
+static constexpr VdifSection VDIF_ESTABLISHED_SECTION = {"[ESTABLISHED_TIMINGS]",
+                                                         STATE_ESTABLISHED_TIMINGS};
+static constexpr VdifSection VDIF_GAMMA_SECTION = {"[GAMMA_TABLE_ENTRIES]", STATE_GAMMA_TABLE};
 
-static constexpr VdifName MONITOR_TYPES[] = {
-    {"COLOR", MONITOR_COLOR}, {"COLOUR", MONITOR_COLOR}, {"MONOCHROME", MONITOR_MONOCHROME}};
-static constexpr VdifName VIDEO_TYPES[] = {
-    {"ANALOG", 1}, {"TTL", 0}, {"ECL", 2}, {"DECL", 3}, {"OTHER", 4}};
-static constexpr auto &SYNC_TYPES = VIDEO_TYPES;
-static constexpr VdifName SYNC_CONFIGURATIONS[] = {
-    {"SEPARATE", 0}, {"C", 1}, {"CP", 2}, {"G", SYNC_CONFIG_ON_GREEN}, {"GP", 4}, {"OTHER", 5}};
-static constexpr VdifName SCAN_TYPES[] = {
-    {"NONINTERLACED", 0}, {"INTERLACED", SCAN_INTERLACED}, {"OTHER", 2}};
-static constexpr VdifName POLARITIES[] = {{"NEGATIVE", 0}, {"POSITIVE", 1}};
+static constexpr auto VDIF_MONITOR_TYPES = std::to_array<VdifName>(
+    {{"COLOR", MONITOR_COLOR}, {"COLOUR", MONITOR_COLOR}, {"MONOCHROME", MONITOR_MONOCHROME}});
+static constexpr auto VDIF_VIDEO_TYPES =
+    std::to_array<VdifName>({{"ANALOG", 1}, {"TTL", 0}, {"ECL", 2}, {"DECL", 3}, {"OTHER", 4}});
+static constexpr auto &VDIF_SYNC_TYPES = VDIF_VIDEO_TYPES;
+static constexpr auto VDIF_SYNC_CONFIGURATIONS = std::to_array<VdifName>(
+    {{"SEPARATE", 0}, {"C", 1}, {"CP", 2}, {"G", SYNC_CONFIG_ON_GREEN}, {"GP", 4}, {"OTHER", 5}});
+static constexpr auto VDIF_SCAN_TYPES =
+    std::to_array<VdifName>({{"NONINTERLACED", 0}, {"INTERLACED", SCAN_INTERLACED}, {"OTHER", 2}});
+static constexpr auto VDIF_POLARITIES = std::to_array<VdifName>({{"NEGATIVE", 0}, {"POSITIVE", 1}});
 
 // A text's offset in the string pool.
 static VdifValue readString(VdifScanner &scanner) {
@@ -79,70 +80,60 @@ struct KeyedField {
     VdifField field;
     VdifValue missing = 0; // the field's value when the key is missing; none: the key is required
 };
-static constexpr VdifValue REQUIRED = std::nullopt, OPTIONAL = 0, GAMMA_DEFAULT = 1000;
+static constexpr VdifValue VDIF_REQUIRED = std::nullopt, VDIF_OPTIONAL = 0,
+                           VDIF_GAMMA_DEFAULT = 1000;
 
-static constexpr KeyedField DESCRIPTION_FIELDS[] = {
-    {"DATE", readDate, HeaderField::Date, REQUIRED},
-    {"FILEREVISION", readString, HeaderField::FileRevision, REQUIRED},
-    {"MANUFACTURER", readString, HeaderField::Manufacturer, REQUIRED},
-    {"MODELNUMBER", readString, HeaderField::ModelNumber, REQUIRED},
-    {"MINVDIFINDEX", readString, HeaderField::MinVDIFIndex, OPTIONAL},
-    {"VERSION", readString, HeaderField::Version, OPTIONAL},
-    {"SERIALNUMBER", readString, HeaderField::SerialNumber, OPTIONAL},
-    {"DATEMANUFACTURED", readDate, HeaderField::DateManufactured, OPTIONAL},
-    {"MONITORTYPE", readName<MONITOR_TYPES>, HeaderField::MonitorType, REQUIRED},
-    {"CRTSIZE", readInt8, HeaderField::CRTSize, REQUIRED},
-};
+static constexpr auto VDIF_DESCRIPTION_FIELDS = std::to_array<KeyedField>({
+    {"DATE", readDate, HeaderField::Date, VDIF_REQUIRED},
+    {"FILEREVISION", readString, HeaderField::FileRevision, VDIF_REQUIRED},
+    {"MANUFACTURER", readString, HeaderField::Manufacturer, VDIF_REQUIRED},
+    {"MODELNUMBER", readString, HeaderField::ModelNumber, VDIF_REQUIRED},
+    {"MINVDIFINDEX", readString, HeaderField::MinVDIFIndex, VDIF_OPTIONAL},
+    {"VERSION", readString, HeaderField::Version, VDIF_OPTIONAL},
+    {"SERIALNUMBER", readString, HeaderField::SerialNumber, VDIF_OPTIONAL},
+    {"DATEMANUFACTURED", readDate, HeaderField::DateManufactured, VDIF_OPTIONAL},
+    {"MONITORTYPE", readName<VDIF_MONITOR_TYPES>, HeaderField::MonitorType, VDIF_REQUIRED},
+    {"CRTSIZE", readInt8, HeaderField::CRTSize, VDIF_REQUIRED},
+});
 // Keys whose values are not kept, behind the one that leads to the state.
-static constexpr std::string_view COLOR_SKIPPED[] = {
-    "GREENPHOSPHORDECAY", "BLUEPHOSPHORDECAY", "BORDERRED",          "BORDERGREEN",
-    "BORDERBLUE",         "WHITEPOINTX",       "WHITEPOINTY",        "WHITEPOINTCAPY",
-    "REDCHROMATICITYX",   "REDCHROMATICITYY",  "GREENCHROMATICITYX", "GREENCHROMATICITYY",
-    "BLUECHROMATICITYX",  "BLUECHROMATICITYY"};
-static constexpr std::string_view MONO_SKIPPED[] = {
-    "PHOSPHOR2DECAY",
-    "PHOSPHOR3DECAY",
-    "BORDER",
-    "WHITEPOINTX",
-    "WHITEPOINTY",
-    "WHITEPOINTCAPY",
-    "PHOSP1CHROMATICITYX",
-    "PHOSP1CHROMATICITYY",
-    "PHOSP2CHROMATICITYX",
-    "PHOSP2CHROMATICITYY",
-    "PHOSP3CHROMATICITYX",
-    "PHOSP3CHROMATICITYY",
-    "GAMMA",
-};
+static constexpr auto VDIF_COLOR_SKIPPED = std::to_array<std::string_view>(
+    {"GREENPHOSPHORDECAY", "BLUEPHOSPHORDECAY", "BORDERRED", "BORDERGREEN", "BORDERBLUE",
+     "WHITEPOINTX", "WHITEPOINTY", "WHITEPOINTCAPY", "REDCHROMATICITYX", "REDCHROMATICITYY",
+     "GREENCHROMATICITYX", "GREENCHROMATICITYY", "BLUECHROMATICITYX", "BLUECHROMATICITYY"});
+static constexpr auto VDIF_MONOCHROME_SKIPPED = std::to_array<std::string_view>(
+    {"PHOSPHOR2DECAY", "PHOSPHOR3DECAY", "BORDER", "WHITEPOINTX", "WHITEPOINTY", "WHITEPOINTCAPY",
+     "PHOSP1CHROMATICITYX", "PHOSP1CHROMATICITYY", "PHOSP2CHROMATICITYX", "PHOSP2CHROMATICITYY",
+     "PHOSP3CHROMATICITYX", "PHOSP3CHROMATICITYY", "GAMMA"});
 // A gamma that is given is not kept either.
-static constexpr KeyedField COLOR_FIELDS[] = {
-    {"REDGAMMA", skipValue, HeaderField::RedGamma, GAMMA_DEFAULT},
-    {"GREENGAMMA", skipValue, HeaderField::GreenGamma, GAMMA_DEFAULT},
-    {"BLUEGAMMA", skipValue, HeaderField::BlueGamma, GAMMA_DEFAULT},
-};
-static constexpr KeyedField LIMITS_FIELDS[] = {
-    {"MAXHORPIXEL", readInt16, LimitsField::MaxHorPixel, REQUIRED},
-    {"MAXVERPIXEL", readInt16, LimitsField::MaxVerPixel, REQUIRED},
-    {"MAXHORADDRLENGTH", readInt16, LimitsField::MaxHorAddrLength, REQUIRED},
-    {"MAXVERADDRHEIGHT", readInt16, LimitsField::MaxVerAddrHeight, REQUIRED},
-    {"VIDEOTYPE", readName<VIDEO_TYPES>, LimitsField::VideoType, REQUIRED},
-    {"TERMINATIONRESISTANCE", readInt16, LimitsField::TerminationResistance, OPTIONAL},
-    {"WHITELEVEL", readScaled16, LimitsField::WhiteLevel, OPTIONAL},
-    {"BLACKLEVEL", readScaled16, LimitsField::BlackLevel, OPTIONAL},
-    {"BLANKLEVEL", readScaled16, LimitsField::BlankLevel, OPTIONAL},
-    {"SYNCTYPE", readName<SYNC_TYPES>, LimitsField::SyncType, REQUIRED},
-    {"SYNCCONFIGURATION", readName<SYNC_CONFIGURATIONS>, LimitsField::SyncConfiguration, REQUIRED},
-    {"SYNCLEVEL", readScaled16, LimitsField::SyncLevel, OPTIONAL},
-    {"MAXPIXELCLOCK", readScaled32, LimitsField::MaxPixelClock, OPTIONAL},
-    {"MINHORFREQUENCY", readScaled32, LimitsField::MinHorFrequency, OPTIONAL},
-    {"MAXHORFREQUENCY", readScaled32, LimitsField::MaxHorFrequency, OPTIONAL},
-    {"MINVERFREQUENCY", readScaled32, LimitsField::MinVerFrequency, OPTIONAL},
-    {"MAXVERFREQUENCY", readScaled32, LimitsField::MaxVerFrequency, OPTIONAL},
-    {"MINHORRETRACE", readScaled16, LimitsField::MinHorRetrace, OPTIONAL},
-    {"MINVERRETRACE", readScaled16, LimitsField::MinVerRetrace, OPTIONAL},
-};
+static constexpr auto VDIF_COLOR_FIELDS = std::to_array<KeyedField>({
+    {"REDGAMMA", skipValue, HeaderField::RedGamma, VDIF_GAMMA_DEFAULT},
+    {"GREENGAMMA", skipValue, HeaderField::GreenGamma, VDIF_GAMMA_DEFAULT},
+    {"BLUEGAMMA", skipValue, HeaderField::BlueGamma, VDIF_GAMMA_DEFAULT},
+});
+static constexpr auto VDIF_LIMITS_FIELDS = std::to_array<KeyedField>({
+    {"MAXHORPIXEL", readInt16, LimitsField::MaxHorPixel, VDIF_REQUIRED},
+    {"MAXVERPIXEL", readInt16, LimitsField::MaxVerPixel, VDIF_REQUIRED},
+    {"MAXHORADDRLENGTH", readInt16, LimitsField::MaxHorAddrLength, VDIF_REQUIRED},
+    {"MAXVERADDRHEIGHT", readInt16, LimitsField::MaxVerAddrHeight, VDIF_REQUIRED},
+    {"VIDEOTYPE", readName<VDIF_VIDEO_TYPES>, LimitsField::VideoType, VDIF_REQUIRED},
+    {"TERMINATIONRESISTANCE", readInt16, LimitsField::TerminationResistance, VDIF_OPTIONAL},
+    {"WHITELEVEL", readScaled16, LimitsField::WhiteLevel, VDIF_OPTIONAL},
+    {"BLACKLEVEL", readScaled16, LimitsField::BlackLevel, VDIF_OPTIONAL},
+    {"BLANKLEVEL", readScaled16, LimitsField::BlankLevel, VDIF_OPTIONAL},
+    {"SYNCTYPE", readName<VDIF_SYNC_TYPES>, LimitsField::SyncType, VDIF_REQUIRED},
+    {"SYNCCONFIGURATION", readName<VDIF_SYNC_CONFIGURATIONS>, LimitsField::SyncConfiguration,
+     VDIF_REQUIRED},
+    {"SYNCLEVEL", readScaled16, LimitsField::SyncLevel, VDIF_OPTIONAL},
+    {"MAXPIXELCLOCK", readScaled32, LimitsField::MaxPixelClock, VDIF_OPTIONAL},
+    {"MINHORFREQUENCY", readScaled32, LimitsField::MinHorFrequency, VDIF_OPTIONAL},
+    {"MAXHORFREQUENCY", readScaled32, LimitsField::MaxHorFrequency, VDIF_OPTIONAL},
+    {"MINVERFREQUENCY", readScaled32, LimitsField::MinVerFrequency, VDIF_OPTIONAL},
+    {"MAXVERFREQUENCY", readScaled32, LimitsField::MaxVerFrequency, VDIF_OPTIONAL},
+    {"MINHORRETRACE", readScaled16, LimitsField::MinHorRetrace, VDIF_OPTIONAL},
+    {"MINVERRETRACE", readScaled16, LimitsField::MinVerRetrace, VDIF_OPTIONAL},
+});
 // In any order, none of them required.
-static constexpr KeyedField timingFieldTable[] = {
+static constexpr auto VDIF_TIMING_FIELDS = std::to_array<KeyedField>({
     {"PREADJUSTEDTIMINGNAME", readString, TimingField::Preadjustedtimingname},
     {"HORPIXEL", readInt16, TimingField::HorPixel},
     {"VERPIXEL", readInt16, TimingField::VerPixel},
@@ -154,9 +145,9 @@ static constexpr KeyedField timingFieldTable[] = {
     {"VERADDRHEIGHT", readInt16, TimingField::VerAddrHeight},
     {"PIXELWIDTHRATIO", readInt8, TimingField::PixelWidthRatio},
     {"PIXELHEIGHTRATIO", readInt8, TimingField::PixelHeightRatio},
-    {"SCANTYPE", readName<SCAN_TYPES>, TimingField::ScanType},
-    {"HORSYNCPOLARITY", readName<POLARITIES>, TimingField::HorSyncPolarity},
-    {"VERSYNCPOLARITY", readName<POLARITIES>, TimingField::VerSyncPolarity},
+    {"SCANTYPE", readName<VDIF_SCAN_TYPES>, TimingField::ScanType},
+    {"HORSYNCPOLARITY", readName<VDIF_POLARITIES>, TimingField::HorSyncPolarity},
+    {"VERSYNCPOLARITY", readName<VDIF_POLARITIES>, TimingField::VerSyncPolarity},
     {"HORTOTALTIME", readScaled32, TimingField::HorTotalTime},
     {"HORADDRTIME", readScaled32, TimingField::HorAddrTime},
     {"HORBLANKSTART", readScaled16, TimingField::HorBlankStart},
@@ -169,7 +160,7 @@ static constexpr KeyedField timingFieldTable[] = {
     {"VERBLANKTIME", readScaled16, TimingField::VerBlankTime},
     {"VERSYNCSTART", readScaled16, TimingField::VerSyncStart},
     {"VERSYNCTIME", readScaled16, TimingField::VerSyncTime},
-};
+});
 
 // The state of the section whose header comes next; finished when it is none of these.
 static VdifState enterSection(VdifReader &reader, std::initializer_list<VdifSection> sections) {
@@ -206,13 +197,13 @@ static VdifState readVersion(VdifReader &reader) {
 }
 
 static VdifState readDescription(VdifReader &reader) {
-    if (!readFields(reader, VDIF_HEADER_BLOCK, DESCRIPTION_FIELDS))
+    if (!readFields(reader, VDIF_HEADER_BLOCK, VDIF_DESCRIPTION_FIELDS))
         return STATE_FINISHED;
     if (expectKey(reader.scanner, "REDPHOSPHORDECAY"))
         return STATE_COLOR;
     if (expectKey(reader.scanner, "PHOSPHOR1DECAY"))
         return STATE_MONOCHROME;
-    return enterSection(reader, {SECTION_LIMITS});
+    return enterSection(reader, {VDIF_LIMITS_SECTION});
 }
 
 // Passes over the value of the key that led here and over these keys, each of which may be missing.
@@ -224,32 +215,34 @@ static bool skipFields(VdifReader &reader, std::span<const std::string_view> key
 
 static VdifState readColor(VdifReader &reader) {
     setField(reader.description, VDIF_HEADER_BLOCK, HeaderField::MonitorType, MONITOR_COLOR);
-    if (!skipFields(reader, COLOR_SKIPPED) || !readFields(reader, VDIF_HEADER_BLOCK, COLOR_FIELDS))
+    if (!skipFields(reader, VDIF_COLOR_SKIPPED) ||
+        !readFields(reader, VDIF_HEADER_BLOCK, VDIF_COLOR_FIELDS))
         return STATE_FINISHED;
-    return enterSection(reader, {SECTION_LIMITS});
+    return enterSection(reader, {VDIF_LIMITS_SECTION});
 }
 
 static VdifState readMonochrome(VdifReader &reader) {
     setField(reader.description, VDIF_HEADER_BLOCK, HeaderField::MonitorType, MONITOR_MONOCHROME);
-    if (!skipFields(reader, MONO_SKIPPED))
+    if (!skipFields(reader, VDIF_MONOCHROME_SKIPPED))
         return STATE_FINISHED;
-    return enterSection(reader, {SECTION_LIMITS});
+    return enterSection(reader, {VDIF_LIMITS_SECTION});
 }
 
 static VdifState readLimits(VdifReader &reader) {
     if (limitsBlock(reader.description))
         return STATE_FINISHED;
-    if (!readFields(reader, addLimits(reader.description), LIMITS_FIELDS))
+    if (!readFields(reader, addLimits(reader.description), VDIF_LIMITS_FIELDS))
         return STATE_FINISHED;
-    return enterSection(reader, {SECTION_TIMING, SECTION_ESTABLISHED});
+    return enterSection(reader, {VDIF_TIMING_SECTION, VDIF_ESTABLISHED_SECTION});
 }
 
 // The field whose key comes next; null when no key of a timing does. Most files keep to the order
-// of the table, so the search begins behind the field found last.
+// of the table, so the search begins behind the field found last: to begin at the first each time
+// makes the reading of a library take half as long again.
 static const KeyedField *expectTimingField(VdifReader &reader) {
-    constexpr std::size_t count = std::size(timingFieldTable);
+    constexpr std::size_t count = VDIF_TIMING_FIELDS.size();
     for (std::size_t tried = 0; tried < count; tried++) {
-        const KeyedField &entry = timingFieldTable[reader.nextField];
+        const KeyedField &entry = VDIF_TIMING_FIELDS[reader.nextField];
         reader.nextField = (reader.nextField + 1) % count;
         if (expectKey(reader.scanner, entry.key))
             return &entry;
@@ -262,7 +255,7 @@ static VdifState readTiming(VdifReader &reader) {
     while (const KeyedField *entry = expectTimingField(reader))
         if (const VdifValue value = entry->read(reader.scanner))
             setField(reader.description, block, entry->field, *value);
-    return enterSection(reader, {SECTION_TIMING, SECTION_GAMMA, SECTION_LIMITS});
+    return enterSection(reader, {VDIF_TIMING_SECTION, VDIF_GAMMA_SECTION, VDIF_LIMITS_SECTION});
 }
 
 static void copyTiming(MonitorDescription &description, VdifBlock timing) {
@@ -274,7 +267,7 @@ static VdifState readEstablished(VdifReader &reader) {
     reader.establishedGiven = true;
     while (true) {
         const VdifState next =
-            enterSection(reader, {SECTION_TIMING, SECTION_LIMITS, SECTION_GAMMA});
+            enterSection(reader, {VDIF_TIMING_SECTION, VDIF_LIMITS_SECTION, VDIF_GAMMA_SECTION});
         if (next != STATE_FINISHED)
             return next;
         const auto name = nextToken(reader.scanner);
@@ -291,21 +284,21 @@ static VdifState readEstablished(VdifReader &reader) {
 }
 
 static void runStates(VdifReader &reader) {
-    static constexpr std::array<VdifState (*)(VdifReader &), STATE_GAMMA_TABLE> readers = {
+    static constexpr std::array<VdifState (*)(VdifReader &), STATE_GAMMA_TABLE> READERS = {
         readStart,      readVersion, readDescription, readColor,
         readMonochrome, readLimits,  readTiming,      readEstablished};
     VdifState state = STATE_START;
     while (state < STATE_GAMMA_TABLE)
-        state = readers[state](reader);
+        state = READERS[state](reader);
 }
 
 // True when the description has all limits that decide which timings the monitor can show.
 static bool limitsComplete(const MonitorDescription &description) {
     const auto limits = limitsBlock(description);
-    static constexpr VdifField deciding[] = {
+    static constexpr std::array DECIDING = {
         LimitsField::MaxPixelClock, LimitsField::MaxHorFrequency, LimitsField::MaxVerFrequency,
         LimitsField::MinHorFrequency, LimitsField::MinVerFrequency};
-    return limits && std::ranges::all_of(deciding, [&limits](VdifField field) {
+    return limits && std::ranges::all_of(DECIDING, [&limits](VdifField field) {
                return fieldValue(*limits, field) != 0;
            });
 }

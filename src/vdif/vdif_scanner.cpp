@@ -15,7 +15,7 @@ enum class ByteClass : std::uint8_t { LineEnd, Separator, Invalid, Quote, Single
 static constexpr std::string_view VDIF_LINE_ENDS("\0\n", 2);
 
 static constexpr std::array<ByteClass, 256> makeByteClasses() {
-    constexpr std::pair<std::string_view, ByteClass> members[] = {
+    constexpr auto MEMBERS = std::to_array<std::pair<std::string_view, ByteClass>>({
         {VDIF_LINE_ENDS, ByteClass::LineEnd},
         {"\t\r\x1a (),;{}", ByteClass::Separator},
         {"\"", ByteClass::Quote},
@@ -23,27 +23,28 @@ static constexpr std::array<ByteClass, 256> makeByteClasses() {
         {"/", ByteClass::Slash},
         {".0123456789[]_", ByteClass::Word},
         {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz", ByteClass::Word},
-    };
+    });
     std::array<ByteClass, 256> classes;
     classes.fill(ByteClass::Invalid);
-    for (const auto &[bytes, byteClass] : members)
+    for (const auto &[bytes, byteClass] : MEMBERS)
         for (const char byte : bytes)
             classes[static_cast<std::uint8_t>(byte)] = byteClass;
     return classes;
 }
-static constexpr std::array<ByteClass, 256> BYTE_CLASSES = makeByteClasses();
+static constexpr std::array<ByteClass, 256> VDIF_BYTE_CLASSES = makeByteClasses();
 
-static ByteClass classOf(char byte) { return BYTE_CLASSES[static_cast<std::uint8_t>(byte)]; }
+static ByteClass classOf(char byte) { return VDIF_BYTE_CLASSES[static_cast<std::uint8_t>(byte)]; }
 
 // What a byte becomes in a word; NUL for one that ends it.
 static constexpr std::array<char, 256> makeWordBytes() {
     std::array<char, 256> bytes{};
     for (std::size_t byte = 0; byte < bytes.size(); byte++)
-        if (BYTE_CLASSES[byte] == ByteClass::Word || BYTE_CLASSES[byte] == ByteClass::Slash)
+        if (VDIF_BYTE_CLASSES[byte] == ByteClass::Word ||
+            VDIF_BYTE_CLASSES[byte] == ByteClass::Slash)
             bytes[byte] = upperCase(static_cast<char>(byte));
     return bytes;
 }
-static constexpr std::array<char, 256> WORD_BYTES = makeWordBytes();
+static constexpr std::array<char, 256> VDIF_WORD_BYTES = makeWordBytes();
 
 // True when two slashes, which begin a comment, stand at the position.
 static bool beginsComment(std::string_view text, std::size_t position) {
@@ -66,7 +67,7 @@ static VdifToken scanQuoted(std::string_view text, std::size_t open) {
 static VdifToken scanUnquoted(std::string &text, std::size_t begin) {
     char *end = text.data() + begin;
     for (;; end++) {
-        const char byte = WORD_BYTES[static_cast<std::uint8_t>(*end)];
+        const char byte = VDIF_WORD_BYTES[static_cast<std::uint8_t>(*end)];
         if (byte == '\0' || (byte == '/' && end[1] == '/'))
             break;
         *end = byte;
@@ -149,6 +150,30 @@ std::optional<std::string_view> readText(VdifScanner &scanner) {
     return peekToken(scanner).text ? nextToken(scanner) : std::nullopt;
 }
 
+static std::int64_t parseNumber(std::string_view token) {
+    const bool hexadecimal = token.size() > 1 && upperCase(token[1]) == 'X';
+    return std::strtoll(std::string(token).c_str(), nullptr, hexadecimal ? 16 : 10);
+}
+
+// The decimals are added to the integer whatever its sign, and are not looked at: -0.5 is 500.
+static std::int64_t parseScaled(std::string_view token) {
+    std::string_view rest = token;
+    const auto whole = scanInt(rest);
+    if (!whole) {
+        showMessage("Invalid Scaled Int %s\n", std::string(token).c_str());
+        return 0;
+    }
+    std::int64_t value = std::int64_t{*whole} * 1000;
+    if (!scanLiteral(rest, "."))
+        return value;
+    std::int64_t weight = 100;
+    for (const char digit : rest.substr(0, 3)) {
+        value += weight * (digit - '0');
+        weight /= 10;
+    }
+    return value;
+}
+
 // Field: the unsigned type as wide as the field.
 template <typename Field>
 static VdifValue readValue(VdifScanner &scanner, std::int64_t (*parse)(std::string_view)) {
@@ -187,29 +212,6 @@ VdifValue readDate(VdifScanner &scanner) {
     if (date)
         scanner.position = token.end;
     return date;
-}
-
-std::int64_t parseNumber(std::string_view token) {
-    const bool hexadecimal = token.size() > 1 && upperCase(token[1]) == 'X';
-    return std::strtoll(std::string(token).c_str(), nullptr, hexadecimal ? 16 : 10);
-}
-
-std::int64_t parseScaled(std::string_view token) {
-    std::string_view rest = token;
-    const auto whole = scanInt(rest);
-    if (!whole) {
-        showMessage("Invalid Scaled Int %s\n", std::string(token).c_str());
-        return 0;
-    }
-    std::int64_t value = std::int64_t{*whole} * 1000;
-    if (!scanLiteral(rest, "."))
-        return value;
-    std::int64_t weight = 100;
-    for (const char digit : rest.substr(0, 3)) {
-        value += weight * (digit - '0');
-        weight /= 10;
-    }
-    return value;
 }
 
 std::uint8_t lookupName(std::span<const VdifName> table, std::string_view name) {

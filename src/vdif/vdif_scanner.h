@@ -48,24 +48,18 @@ using VdifValue = std::optional<std::uint64_t>;
 // The next token as a text; none without a token.
 std::optional<std::string_view> readText(VdifScanner &scanner);
 
-// The next token by parseNumber, 8 or 16 bits.
+// The next token as a decimal or, with an x as second character, hexadecimal integer of 8 or 16
+// bits; what follows the digits is ignored and a token without digits is 0.
 VdifValue readInt8(VdifScanner &scanner);
 VdifValue readInt16(VdifScanner &scanner);
 
-// The next token by parseScaled, 16 or 32 bits.
+// The next token as a decimal number in thousandths, of 16 or 32 bits; further decimals are
+// dropped: 31.4699 is 31469. A token that does not begin with an integer is reported and 0.
 VdifValue readScaled16(VdifScanner &scanner);
 VdifValue readScaled32(VdifScanner &scanner);
 
 // Three integers separated by "/", 16 bits each with the first one lowest; none for other tokens.
 VdifValue readDate(VdifScanner &scanner);
-
-// A decimal or, with an x as second character, hexadecimal integer; what follows it is ignored and
-// a token without digits is 0.
-std::int64_t parseNumber(std::string_view token);
-
-// A decimal number in thousandths; further decimals are dropped: 31.4699 is 31469. A token that
-// does not begin with an integer is reported and 0.
-std::int64_t parseScaled(std::string_view token);
 
 struct VdifName {
     std::string_view name;

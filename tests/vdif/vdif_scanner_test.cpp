@@ -67,11 +67,11 @@ TEST_F(VdifScannerTest, ValuesAreStoredModuloTheirField) {
     }
     VdifScanner date{.text = "1996/65535/65537"};
     EXPECT_EQ(readDate(date), 1996u | 65535u << 16 | std::uint64_t{1} << 32);
-    EXPECT_EQ(parseScaled("2147483.647"), 2147483647);
     EXPECT_EQ(messages(), "");
     static constexpr VdifName names[] = {{"ONE", 1}, {"TWO", 2}};
     EXPECT_EQ(lookupName(names, "TWO"), 2);
     EXPECT_EQ(lookupName(names, "two"), 0);
-    EXPECT_EQ(parseScaled("fast"), 0);
-    EXPECT_EQ(messages(), "Token two not found\nInvalid Scaled Int fast\n");
+    VdifScanner word{.text = "fast"};
+    EXPECT_EQ(readScaled32(word), 0u);
+    EXPECT_EQ(messages(), "Token two not found\nInvalid Scaled Int FAST\n");
 }
