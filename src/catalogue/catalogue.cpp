@@ -52,6 +52,7 @@ static bool fitsColumn(const VideoMode &mode, const CatalogueColumn &column) {
            (column.width == mode.hDisplay && column.depth >= mode.depth);
 }
 
+// A rate that is known by a code only counts as fixed; no blank stands before that.
 static void appendRefresh(std::string &cellText, const VideoMode &mode) {
     if (mode.refresh <= 0) {
         cellText += "fxd";
@@ -71,7 +72,7 @@ static void enterMode(CatalogueRun &run, const CardEntry &card, VideoMode &mode)
         return;
     const auto column = std::ranges::find_if(
         run.columns, [&](const CatalogueColumn &entry) { return fitsColumn(mode, entry); });
-    if (column == run.columns.end())
+    if (column == run.columns.end()) // never, while the last column is the largest and deepest
         std::printf("somebody doesn't fit in a column\n%s\n%s\n", std::string(card.name).c_str(),
                     mode.label.c_str());
     else

@@ -51,6 +51,7 @@ static void runCatalogueCommand(std::string_view argument, const char *path) {
     }
 }
 
+// What follows the digit is not looked at.
 static bool isScreenNumber(std::string_view argument) {
     return argument.size() > 1 && argument[0] == '-' && isDigit(argument[1]);
 }
@@ -58,14 +59,14 @@ static bool isScreenNumber(std::string_view argument) {
 void readCommandLine(int argc, char **argv) {
     for (int n = 1; n < argc; n++) {
         const std::string_view argument = argv[n];
-        runCatalogueCommand(argument, argv[n + 1]);
+        runCatalogueCommand(argument, argv[n + 1]); // null behind the last argument
         if (argument == "-lt")
             printCardList();
         else if (isScreenNumber(argument))
             currentScreen = argument[1] - '0';
         else if (argument.starts_with('/'))
             configPath = argument;
-        else if (argument == "-vdif")
+        else if (argument == "-vdif") // the monitor files have been loaded, which is all it asks
             std::exit(EXIT_SUCCESS);
         else
             fatalError("Invalid Option\n");

@@ -27,7 +27,8 @@ struct CardReader {
 };
 
 // Puts the pending card, if any, at the head of cardList, with the class in force and the extra
-// lines collected so far.
+// lines collected so far. From the head on the list is then in reverse file order, the order that
+// cards of equal name keep.
 static void finishCard(CardReader &reader) {
     if (!reader.pending)
         return;

@@ -175,7 +175,8 @@ static void finishModeLine(EntryReader &entry, const ModeHead &head,
 
 static bool beginsWithNumber(std::string_view line) { return scanInt(line).has_value(); }
 
-// A line that does not begin with a number is no concern of the modes.
+// A line that does not begin with a number is no concern of the modes. Of one that makes no mode
+// although it does, the message tells the text: it says "file", but the line is what is at fault.
 static void readModeLine(EntryReader &entry, std::string_view line) {
     std::string_view text = line;
     const auto head = scanHead(text);

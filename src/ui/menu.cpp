@@ -13,6 +13,7 @@ static int visibleItems(const Menu &menu) {
     return std::min(menu.itemCount, menu.height - 2 * menu.itemRow);
 }
 
+// Before the first run there are no marks yet.
 static bool isMarked(const Menu &menu, int item) {
     return (menu.flags & MENU_MULTI) && !menu.marks.empty() && menu.marks[item] != 0;
 }

@@ -26,6 +26,7 @@ static void askDevice(std::string &device) {
     }
 }
 
+// The menu stays on the screen under the prompt, so that the type can still be read.
 void selectPointerDevice() {
     if (!pointerDevices) {
         showNotice("No pointer devices found");

@@ -12,6 +12,8 @@ struct Glyph {
     std::wstring shown;
 };
 
+// Nothing that could move the cursor or change the terminal is shown: a control character takes no
+// cell, and what cannot be shown becomes "?", byte by byte where it is no character at all.
 static Glyph firstGlyph(std::string_view text, int column) {
     const char first = text.front();
     if (first == '\t') {

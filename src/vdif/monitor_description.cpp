@@ -57,8 +57,8 @@ std::size_t addLimits(MonitorDescription &description) {
 }
 
 std::size_t addTiming(MonitorDescription &description) {
-    static constexpr std::array<char, VDIF_TIMING_SIZE> empty{};
-    return addTiming(description, VdifBlock(empty.data(), empty.size()));
+    static constexpr std::array<char, VDIF_TIMING_SIZE> EMPTY{};
+    return addTiming(description, VdifBlock(EMPTY.data(), EMPTY.size()));
 }
 
 std::size_t addTiming(MonitorDescription &description, VdifBlock record) {
@@ -76,6 +76,8 @@ static auto nameOf(const MonitorDescription &description) {
     };
 }
 
+// By number, because records move as the image grows; stable, so that of equal names the first
+// comes first.
 void indexTimings(MonitorDescription &description) {
     auto &numbers = description.timingsByName;
     numbers.resize(timingCount(description));
@@ -93,7 +95,7 @@ std::optional<VdifBlock> findTiming(const MonitorDescription &description, std::
 
 std::uint32_t addString(std::string_view text) {
     if (stringPool.empty())
-        stringPool.push_back('\0');
+        stringPool.push_back('\0'); // at offset 0, which fields that were never set refer to
     const std::size_t offset = stringPool.size();
     stringPool.append(text);
     stringPool.push_back('\0');

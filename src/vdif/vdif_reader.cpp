@@ -187,6 +187,7 @@ static VdifState readStart(VdifReader &reader) {
     return enterSection(reader, {{"[VERSION]", STATE_VERSION}});
 }
 
+// The version is a bare number without a key: 1.1 is version 1, revision 100.
 static VdifState readVersion(VdifReader &reader) {
     const VdifValue version = readScaled32(reader.scanner);
     if (!version)
@@ -255,14 +256,17 @@ static VdifState readTiming(VdifReader &reader) {
     while (const KeyedField *entry = expectTimingField(reader))
         if (const VdifValue value = entry->read(reader.scanner))
             setField(reader.description, block, entry->field, *value);
+    // A second limits section may begin here, and ends the reading: a description has one.
     return enterSection(reader, {VDIF_TIMING_SECTION, VDIF_GAMMA_SECTION, VDIF_LIMITS_SECTION});
 }
 
+// A name comes along by its offset, since all descriptions share one string pool.
 static void copyTiming(MonitorDescription &description, VdifBlock timing) {
     addTiming(description, timing);
     checkTimingConsistency(timing);
 }
 
+// Names follow up to the header of a section; as a quoted header is one, no name can be that.
 static VdifState readEstablished(VdifReader &reader) {
     reader.establishedGiven = true;
     while (true) {

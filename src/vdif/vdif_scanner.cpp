@@ -152,7 +152,8 @@ std::optional<std::string_view> readText(VdifScanner &scanner) {
 
 static std::int64_t parseNumber(std::string_view token) {
     const bool hexadecimal = token.size() > 1 && upperCase(token[1]) == 'X';
-    return std::strtoll(std::string(token).c_str(), nullptr, hexadecimal ? 16 : 10);
+    const std::string digits(token); // with a NUL behind them
+    return std::strtoll(digits.c_str(), nullptr, hexadecimal ? 16 : 10);
 }
 
 // The decimals are added to the integer whatever its sign, and are not looked at: -0.5 is 500.
