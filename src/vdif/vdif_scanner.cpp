@@ -12,6 +12,7 @@
 // The first two stand between tokens.
 enum class ByteClass : std::uint8_t { LineEnd, Separator, Invalid, Quote, Single, Slash, Word };
 
+static constexpr std::size_t VDIF_TOKEN_MAX = 127; // bytes; the rest of a longer token is dropped
 static constexpr std::string_view VDIF_LINE_ENDS("\0\n", 2);
 
 static constexpr std::array<ByteClass, 256> makeByteClasses() {

@@ -6,7 +6,8 @@
 //     letters digits . [ ] _ and a / that is not doubled      a word, in upper case
 // Blanks, tabs, line ends and ( ) , ; { } separate tokens; // begins a comment, which lasts up to
 // the line end. A NUL byte is a line end. Where any other byte begins a token, there is none.
-// A quoted text and a word of the same characters are the same token.
+// A quoted text and a word of the same characters are the same token. Of a longer token the first
+// 127 bytes count.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +16,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-
-inline constexpr std::size_t VDIF_TOKEN_MAX = 127; // bytes; the rest of a longer token is dropped
 
 struct VdifToken {
     std::optional<std::string_view> text; // none: no token stands here
