@@ -22,12 +22,12 @@ static void fillBlock(LineReader &reader) {
     reader.atEnd = count < space;
 }
 
-std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMax) {
-    File file = openForReading(path);
+std::optional<LineReader> openLines(const FilePlace &place, std::size_t pieceMax) {
+    File file = openForReading(place);
     if (!file)
         return std::nullopt;
     std::setvbuf(file.get(), nullptr, _IONBF, 0); // the block is the buffer
-    return LineReader{std::move(file), path, pieceMax,
+    return LineReader{std::move(file), place.path, pieceMax,
                       std::make_unique_for_overwrite<char[]>(READER_BLOCK_SIZE)};
 }
 

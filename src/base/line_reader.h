@@ -24,7 +24,7 @@ struct LineReader {
 
 // Opens a regular file to be read in pieces of at most `pieceMax` bytes; none when it cannot be
 // opened, with the reason in errno.
-std::optional<LineReader> openLines(const std::string &path, std::size_t pieceMax);
+std::optional<LineReader> openLines(const FilePlace &place, std::size_t pieceMax);
 
 // The next piece, byte for byte, NUL bytes included; valid until the next call. False at the end
 // of the file. A file that cannot be read on ends the process: half a file is no basis to go on.

@@ -7,102 +7,112 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <tuple>
 
-#include "base/file.h"
-
-namespace fs = std::filesystem;
+#include "base/file_attributes.h"
 
 static constexpr mode_t REPLACE_NEW_MODE = 0644;
-static constexpr mode_t REPLACE_MODE_BITS = 07777;
-static constexpr const char *REPLACE_COPY_SUFFIX = ".scrconf";
+static constexpr std::size_t REPLACE_COPY_SIZE = 65536; // bytes copied at once
 
-// Gives the new file the owner and permission bits that the file at `path` is to have. Who may not
-// give files away becomes the owner.
-static bool takeOverAttributes(int descriptor, const std::string &path) {
-    struct stat old = {};
-    if (lstat(path.c_str(), &old) != 0)
-        return errno == ENOENT && fchmod(descriptor, REPLACE_NEW_MODE) == 0;
-    if (S_ISLNK(old.st_mode))
-        return fchmod(descriptor, REPLACE_NEW_MODE) == 0;
-    if (!S_ISREG(old.st_mode)) {
+// Gives the new file the attributes that the file at the place is to have.
+static bool takeOverAttributes(int newFile, const FilePlace &place, std::FILE *old) {
+    const auto standing = linkState(place);
+    if (!standing)
+        return errno == ENOENT && fchmod(newFile, REPLACE_NEW_MODE) == 0;
+    if (S_ISLNK(standing->mode)) {
+        const auto read = old ? fileState(old) : standing;
+        return read && fchmod(newFile, REPLACE_NEW_MODE & read->mode) == 0;
+    }
+    if (!S_ISREG(standing->mode)) {
         errno = EINVAL;
         return false;
     }
-    const bool ownerKept = fchown(descriptor, old.st_uid, old.st_gid) == 0;
-    if (!ownerKept) // the group may still be one of the user's own
-        std::ignore = fchown(descriptor, static_cast<uid_t>(-1), old.st_gid);
-    return fchmod(descriptor, old.st_mode & (ownerKept ? REPLACE_MODE_BITS : 0777)) == 0;
+    if (old)
+        return copyAttributes(fileno(old), newFile);
+    const Descriptor unread(
+        openat(folderNumber(place), place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    return copyAttributes(unread.number, newFile);
 }
 
-static fs::path directoryOf(const std::string &path) {
-    const fs::path parent = fs::path(path).parent_path();
-    return parent.empty() ? "." : parent;
+// There is no more to do where the folder cannot be synced: it may not be read, or its file system
+// does not know how.
+static bool syncFolder(const FilePlace &place) {
+    const Descriptor folder(openat(folderNumber(place), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.number < 0)
+        return errno == EACCES;
+    return fsync(folder.number) == 0 || errno == EINVAL || errno == EOPNOTSUPP || errno == ENOSYS;
 }
 
-// The last step: the new file is in place. There is no more to do where a directory cannot be
-// synced: it may not be read, or its file system says EINVAL.
-static Replaced syncDirectory(const Descriptor &directory) {
-    const bool synced = directory.number < 0 || fsync(directory.number) == 0 || errno == EINVAL;
-    return synced ? Replaced::Yes : Replaced::Unsynced;
-}
-
-static bool writeAll(int descriptor, const char *data, std::size_t size) {
-    while (size > 0) {
-        const ssize_t count = write(descriptor, data, size);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        data += count;
-        size -= static_cast<std::size_t>(count);
-    }
-    return true;
-}
-
-static bool copyContents(int from, int to) {
-    std::array<char, 65536> buffer;
-    for (;;) {
-        const ssize_t count = read(from, buffer.data(), buffer.size());
-        if (count == 0)
-            return true;
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0 || !writeAll(to, buffer.data(), static_cast<std::size_t>(count)))
-            return false;
-    }
-}
-
-// Copies the new file beside `path` and renames the copy. What a killed run left of one is
-// overwritten by the next.
-static bool replaceAcrossFileSystems(int source, const std::string &path) {
-    const std::string copyPath = path + REPLACE_COPY_SUFFIX;
-    File copy = createNewFile(copyPath);
-    if (!copy)
-        return false;
-    if (copyContents(source, fileno(copy.get())) && takeOverAttributes(fileno(copy.get()), path) &&
-        fsync(fileno(copy.get())) == 0 && closeWritten(std::move(copy)) &&
-        std::rename(copyPath.c_str(), path.c_str()) == 0)
-        return true;
+// Removes a new file that is of no use; the reason for that stays in errno.
+static void discardFile(const FilePlace &place, int descriptor) {
     const int reason = errno;
-    unlink(copyPath.c_str());
+    if (leadsTo(place, descriptor))
+        removeFile(place);
     errno = reason;
-    return false;
 }
 
-Replaced replaceFile(const std::string &newPath, const std::string &path) {
-    const Descriptor source(open(newPath.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    const Descriptor directory(open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.number < 0 && errno != EACCES)
-        return Replaced::No;
-    if (source.number < 0 || !takeOverAttributes(source.number, path) || fsync(source.number) != 0)
-        return Replaced::No;
-    if (std::rename(newPath.c_str(), path.c_str()) != 0) {
-        if (errno != EXDEV || !replaceAcrossFileSystems(source.number, path))
-            return Replaced::No;
-        unlink(newPath.c_str());
+// Another file that has got the name meanwhile is not what was meant, and may be half written.
+static bool isStillAt(const FilePlace &place, int number) {
+    errno = EBUSY;
+    return leadsTo(place, number);
+}
+
+Replaced replaceFile(File newFile, const FilePlace &newPlace, const FilePlace &place,
+                     std::FILE *old) {
+    const int folder = folderNumber(place), number = fileno(newFile.get());
+    if (flushWritten(newFile.get()) && takeOverAttributes(number, place, old) &&
+        fsync(number) == 0 && isStillAt(newPlace, number) &&
+        renameat(folder, newPlace.name.c_str(), folder, place.name.c_str()) == 0)
+        return syncFolder(place) ? Replaced::Yes : Replaced::Unsynced;
+    discardFile(newPlace, number);
+    return Replaced::No;
+}
+
+FilePlace keptPlace(const FilePlace &place) {
+    for (int number = 1;; number++) {
+        FilePlace kept = besidePlace(place, ".~" + std::to_string(number) + "~");
+        if (!linkState(kept))
+            return kept;
     }
-    return syncDirectory(directory);
+}
+
+static bool copyContents(std::FILE *from, std::FILE *to) {
+    std::array<char, REPLACE_COPY_SIZE> buffer;
+    std::rewind(from);
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), from))
+        writeText(to, {buffer.data(), count});
+    return !std::ferror(from) && flushWritten(to);
+}
+
+// The copy gets its name when it is whole. Names that others take meanwhile are passed over.
+static std::optional<FilePlace> keepCopy(const FilePlace &place, std::FILE *old) {
+    const FilePlace copyPlace = besidePlace(place, REPLACE_SUFFIX);
+    const File copy = old ? createNewFile(copyPlace) : nullptr;
+    if (!copy)
+        return std::nullopt;
+    const int folder = folderNumber(place), number = fileno(copy.get());
+    if (copyContents(old, copy.get()) && copyAttributes(fileno(old), number) && fsync(number) == 0)
+        do {
+            const FilePlace kept = keptPlace(place);
+            if (renameat2(folder, copyPlace.name.c_str(), folder, kept.name.c_str(),
+                          RENAME_NOREPLACE) == 0)
+                return kept;
+        } while (errno == EEXIST);
+    discardFile(copyPlace, number);
+    return std::nullopt;
+}
+
+std::optional<FilePlace> keepFile(const FilePlace &place, std::FILE *old) {
+    const int folder = folderNumber(place);
+    for (;;) {
+        const FilePlace kept = keptPlace(place);
+        if (linkat(folder, place.name.c_str(), folder, kept.name.c_str(), 0) != 0) {
+            if (errno != EEXIST)
+                return keepCopy(place, old);
+        } else if (!old || isStillAt(kept, fileno(old))) {
+            return kept;
+        } else {
+            removeFile(kept);
+            return std::nullopt;
+        }
+    }
 }

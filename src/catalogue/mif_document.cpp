@@ -130,28 +130,26 @@ static void copyRest(LineReader &document, std::FILE *out) {
         writeText(out, text);
 }
 
-// Finishes the new document and puts it in place or removes it; tells what stands then.
-static Replaced installDocument(const LineReader &document, File out, const std::string &newPath) {
-    Replaced replaced = Replaced::No;
-    if (closeWritten(std::move(out)) && document.error == 0)
-        replaced = replaceFile(newPath, document.path);
-    if (replaced == Replaced::No) {
-        const int reason = document.error != 0 ? document.error : errno;
-        unlink(newPath.c_str());
-        errno = reason;
-    }
-    return replaced;
+// Puts the new document in place or removes it; tells what stands then.
+static Replaced installDocument(const LineReader &document, File out, const FilePlace &newPlace,
+                                const FilePlace &place) {
+    if (document.error == 0)
+        return replaceFile(std::move(out), newPlace, place, document.file.get());
+    errno = document.error;
+    removeFile(newPlace);
+    return Replaced::No;
 }
 
 const CatalogueFormatter mifFormatter = {beginBody, endBody, writeCardRow, writeColumnCell};
 
 void updateMifCatalogue(const char *path, bool marks) {
-    auto document = openLines(path, MIF_PIECE_MAX);
+    const auto place = openPlace(path);
+    auto document = place ? openLines(*place, MIF_PIECE_MAX) : std::nullopt;
     if (!document)
         systemError("cannot open file %s", path);
-    const std::string newPath = path + ("." + std::to_string(getpid()));
+    const FilePlace newPlace = besidePlace(*place, "." + std::to_string(getpid()));
     std::vector<char> buffer(MIF_BUFFER_SIZE); // outlives the stream
-    File out = createNewFile(newPath);
+    File out = createNewFile(newPlace);
     if (!out)
         systemError("cannot open tmp file %s", path);
     std::setvbuf(out.get(), buffer.data(), _IOFBF, buffer.size());
@@ -159,7 +157,7 @@ void updateMifCatalogue(const char *path, bool marks) {
     buildCatalogue(out.get(), mifFormatter, CATALOGUE_GROUP_SIZE, CATALOGUE_COLUMNS, marks);
     skipTableBody(*document);
     copyRest(*document, out.get());
-    const Replaced replaced = installDocument(*document, std::move(out), newPath);
+    const Replaced replaced = installDocument(*document, std::move(out), newPlace, *place);
     if (replaced == Replaced::No)
         systemError("cannot write file %s", path);
     if (replaced == Replaced::Unsynced)

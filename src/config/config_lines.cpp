@@ -1,18 +1,15 @@
 #include "config/config_lines.h"
 
-#include <sys/stat.h>
-
 #include <array>
-#include <cstdlib>
 
 #include "base/line_reader.h"
 #include "base/lists.h"
 #include "base/messages.h"
-#include "base/paths.h"
 #include "base/text_scanner.h"
 
-static constexpr std::size_t CONFIG_PATH_MAX = 255; // bytes of a per-user path
-static constexpr std::size_t CONFIG_VALUE_FROM = 2; // the blank before a value stands here or later
+// The blank before a value is looked for from the third character on: the one in the "# " of a
+// comment separates no value, and no keyword is shorter.
+static constexpr std::size_t CONFIG_VALUE_FROM = 2;
 
 // One slot per entry, in the order in which the new file gets them.
 // clang-format off
@@ -32,24 +29,7 @@ static constexpr auto CONFIG_KEYWORDS = std::to_array<std::string_view>({
 });
 // clang-format on
 
-std::string configPath;
-std::optional<FileState> configState;
 ConfigLine *configLines = nullptr;
-
-static bool fileExists(const std::string &path) {
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0;
-}
-
-// The path of the per-user configuration; none without HOME or when it is too long.
-static std::optional<std::string> userConfigPath() {
-    const char *home = std::getenv("HOME");
-    if (!home)
-        return std::nullopt;
-    std::string path = home;
-    path += path.ends_with('/') ? ".Xconfig" : "/.Xconfig";
-    return path.size() <= CONFIG_PATH_MAX ? std::optional(path) : std::nullopt;
-}
 
 struct LineKeyword {
     std::string_view word;
@@ -81,22 +61,14 @@ static std::optional<std::string> parseValue(std::string_view line, const LineKe
     return copyLine(skipWhiteSpace(keyword.rest));
 }
 
-std::optional<std::string> locateConfigFile() {
-    if (const auto path = userConfigPath(); path && fileExists(*path))
-        return path;
-    if (fileExists(CONFIG_PATH))
-        return CONFIG_PATH;
-    return std::nullopt;
-}
-
 ConfigLine *findFreeSlot(ConfigLine *head, std::string_view keyword) {
     while (head && (head->keyword != keyword || head->value))
         head = head->next;
     return head;
 }
 
-ConfigLine *readConfigLines(const std::string &path) {
-    auto reader = openLines(path, CONFIG_PIECE_MAX);
+ConfigLine *readConfigLines(const FilePlace &place) {
+    auto reader = openLines(place, CONFIG_PIECE_MAX);
     if (!reader)
         return nullptr;
     ConfigLine *head = listFromTable(CONFIG_KEYWORDS, &ConfigLine::keyword);

@@ -34,16 +34,10 @@ struct ConfigLine {
     LineState state = LineState::Absent;
 };
 
-extern std::string configPath; // the configuration that is read and replaced; empty: none found yet
-extern std::optional<FileState> configState; // of configPath before it was read; none: no file
-extern ConfigLine *configLines;              // in keyword table order
-
-// The first of the files ".Xconfig" in the directory HOME and CONFIG_PATH that exists; none when
-// neither does. HOME is passed over when it is unset or gives a path of more than 255 bytes.
-std::optional<std::string> locateConfigFile();
+extern ConfigLine *configLines; // in keyword table order
 
 // A new slot list, filled from the global region of the file; null when it cannot be opened.
-ConfigLine *readConfigLines(const std::string &path);
+ConfigLine *readConfigLines(const FilePlace &place);
 
 // The first slot of exactly this keyword that has no value; null when there is none.
 ConfigLine *findFreeSlot(ConfigLine *head, std::string_view keyword);

@@ -1,34 +1,35 @@
 #include "config/config_writer.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <string_view>
 #include <utility>
 
 #include "base/file.h"
 #include "base/line_reader.h"
 #include "base/messages.h"
+#include "base/number_text.h"
 #include "base/paths.h"
 #include "base/replace_file.h"
+#include "config/config_file.h"
 #include "config/config_lines.h"
-#include "hwdb/pointer_devices.h"
+#include "config/dropped_lines.h"
+#include "config/pointer_line.h"
+#include "config/temporary_file.h"
 
-namespace fs = std::filesystem;
-
+// What a section begins with when it is copied: any such line goes with its own section, also the
+// ones that are not read as one, as they have no blank.
 static constexpr std::string_view WRITER_SECTION_START = "Driver";
+
 static constexpr int WRITER_PACKED_DEPTH = 24; // bits per pixel that the server must be told of
 
 // The words of a mode line, in the order in which they are written.
 struct FlagWord {
     std::uint32_t flag;
-    const char *word;
+    std::string_view word;
 };
 static constexpr std::array<FlagWord, 8> WRITER_FLAG_WORDS = {{
     {MODE_INTERLACE, "Interlace "},
@@ -41,143 +42,184 @@ static constexpr std::array<FlagWord, 8> WRITER_FLAG_WORDS = {{
     {MODE_SYNC_ON_GREEN, "SyncOnGreen "},
 }};
 
-static void writePointerLines(std::FILE *out, const PointerDevice &pointer) {
-    std::fprintf(out, "Mouse %s", pointer.type.c_str());
-    if (pointer.device)
-        std::fprintf(out, " %s", pointer.device->c_str());
-    std::fprintf(out, "\n");
-    if (pointer.buttons > 0)
-        std::fprintf(out, "Buttons %d\n", pointer.buttons);
-}
-
-static void writeSlot(std::FILE *out, const ConfigLine &line) {
+static void writeSlot(std::string &out, const ConfigLine &line) {
     if (line.state == LineState::Commented)
-        writeText(out, "# ");
-    writeText(out, line.keyword);
-    writeText(out, " ");
-    writeText(out, line.value.value_or(""));
-    writeText(out, "\n");
+        out += "# ";
+    out.append(line.keyword).append(" ").append(line.value.value_or("")) += '\n';
 }
 
 // Copies the template of the screen section, which ends where the modes of the entry begin.
-static void copyTemplate(std::FILE *out, const CardEntry &card) {
+static void copyTemplate(std::string &out, const CardEntry &card) {
     const std::string path = displayConfigPath(card.cardClass);
     auto reader = openLines(path, DISPLAY_PIECE_MAX);
     if (!reader)
         fatalError("Can't open DisplayConfig entry %s\n", path.c_str());
     std::string_view piece;
     while (readPiece(*reader, piece) && !piece.starts_with(DISPLAY_MODES)) {
-        if (!piece.starts_with(CONFIG_SECTION_START)) {
-            writeText(out, piece);
-            continue;
-        }
-        writeText(out, "\n\n");
-        writeText(out, piece);
-        writeText(out, "Card ");
-        writeText(out, card.name);
-        writeText(out, "\n");
+        if (piece.starts_with(CONFIG_SECTION_START))
+            out.append("\n\n").append(piece).append("Card ").append(card.name) += '\n';
+        else
+            out += piece;
     }
 }
 
-static void writeModeLine(std::FILE *out, const VideoMode &mode) {
-    std::fprintf(out, "\"%s\" %1.1f ", mode.name.c_str(), static_cast<double>(mode.clock));
-    if (mode.timingRef)
-        std::fprintf(out, "0 0 0 0 0 0 0 0 ");
-    else
-        std::fprintf(out, "%d %d %d %d %d %d %d %d ", mode.hDisplay, mode.hSyncStart, mode.hSyncEnd,
-                     mode.hTotal, mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal);
+// A clock in MHz with one decimal, as printf rounds it.
+static void appendClock(std::string &out, float clock) {
+    std::array<char, 64> text; // the largest float has 39 digits before the point
+    out.append(text.data(), static_cast<std::size_t>(std::snprintf(
+                                text.data(), text.size(), "%1.1f ", static_cast<double>(clock))));
+}
+
+static void writeModeLine(std::string &out, const VideoMode &mode) {
+    out.append("\"").append(mode.name).append("\" ");
+    appendClock(out, mode.clock);
+    for (const int timing : {mode.hDisplay, mode.hSyncStart, mode.hSyncEnd, mode.hTotal,
+                             mode.vDisplay, mode.vSyncStart, mode.vSyncEnd, mode.vTotal}) {
+        appendNumber(out, mode.timingRef ? 0 : timing, 0);
+        out += ' ';
+    }
     for (const FlagWord &entry : WRITER_FLAG_WORDS)
-        std::fprintf(out, "%s", mode.flags & entry.flag ? entry.word : "");
-    std::fprintf(out, "\n");
+        if (mode.flags & entry.flag)
+            out += entry.word;
+    out += '\n';
 }
 
-// Another save would write into the same temporary file; the lock ends with the process at the
-// latest. False when another process holds it.
-static bool lockDirectory(const Descriptor &directory) {
-    if (directory.number < 0)
-        fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
-    if (flock(directory.number, LOCK_EX | LOCK_NB) == 0)
-        return true;
-    if (errno != EWOULDBLOCK)
-        fatalError("Cannot lock the directory of %s\n", CONFIG_TEMP_PATH);
-    return false;
-}
-
-static void writeNewConfig() {
-    File out = createNewFile(CONFIG_TEMP_PATH);
-    if (!out)
-        fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
-    const std::string source = templateUsed ? TEMPLATE_PATH : configPath;
-    writeGlobalLines(out.get());
+// The whole new configuration.
+static std::string makeConfig() {
+    std::string text;
+    writeGlobalLines(text);
     for (int index = 0; index < screenCount; index++) {
         const ScreenConfig &screen = screens[index];
         if (screen.unchanged)
-            copyScreenSection(index, source, out.get());
+            copyScreenSection(index, sectionSource(), text);
         else
-            writeScreenSection(out.get(), screen);
+            writeScreenSection(text, screen);
     }
-    if (!closeWritten(std::move(out)))
+    return text;
+}
+
+// The text of the old configuration; a file that cannot be read on ends the process.
+static std::string readConfig(std::FILE *file) {
+    auto text = readWhole(file);
+    if (!text)
+        fatalError("Cannot read %s\n", configPath.c_str());
+    return std::move(*text);
+}
+
+int countUnchangedDrops() {
+    const File old = templateUsed ? nullptr : openForReading(configPlace());
+    return old ? countDroppedLines(readConfig(old.get()), makeConfig()) : 0;
+}
+
+// Writes the new configuration where it stays when it cannot be installed.
+static void writeTemporary(std::FILE *file, std::string_view text) {
+    writeText(file, text);
+    if (!flushWritten(file))
         fatalError("Cannot write new Xconfig %s: %s\n", CONFIG_TEMP_PATH, std::strerror(errno));
 }
 
-static bool configurationChanged() { return fileState(configPath) != configState; }
-
-SaveResult writeConfig() {
-    const fs::path folder = fs::path(CONFIG_TEMP_PATH).parent_path();
-    const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!lockDirectory(directory))
-        return SaveResult::Busy;
-    if (configurationChanged())
-        return SaveResult::Changed;
-    writeNewConfig();
-    if (configurationChanged()) { // while its sections were copied
-        unlink(CONFIG_TEMP_PATH);
-        return SaveResult::Changed;
-    }
-    const Replaced replaced = replaceFile(CONFIG_TEMP_PATH, configPath);
-    if (replaced == Replaced::No)
-        fatalError("Cannot install new Xconfig %s: %s\n", configPath.c_str(), std::strerror(errno));
-    if (replaced == Replaced::Unsynced)
-        fatalError("New Xconfig %s is in place, but not synced to disk: %s\n", configPath.c_str(),
+// Keeps the old configuration when the new one does not say all that it says. A link that is
+// replaced leaves its target as it was.
+static void keepOldConfig(SaveReport &report, std::FILE *old, std::string_view newText) {
+    if (!configState)
+        return;
+    report.oldRead = old && !templateUsed;
+    if (report.oldRead)
+        report.dropped = countDroppedLines(withoutReplacedLines(readConfig(old)), newText);
+    if (configIsLink() || (report.oldRead && report.dropped == 0))
+        return;
+    report.kept = keepFile(configPlace(), old);
+    if (!report.kept)
+        fatalError("Cannot keep the old Xconfig %s: %s\n", configPath.c_str(),
                    std::strerror(errno));
-    return SaveResult::Saved;
 }
 
-void writeGlobalLines(std::FILE *out) {
+// The temporary file stays where the new configuration cannot be installed.
+static void installConfig(const SaveReport &report, std::FILE *old, std::string_view text,
+                          TemporaryFile &temporary) {
+    const FilePlace newPlace = besidePlace(configPlace(), REPLACE_SUFFIX);
+    Replaced replaced = Replaced::No;
+    if (File file = createNewFile(newPlace)) {
+        writeText(file.get(), text);
+        replaced = replaceFile(std::move(file), newPlace, configPlace(), old);
+    }
+    if (replaced == Replaced::No) {
+        if (report.kept)
+            removeFile(*report.kept);
+        fatalError("Cannot install new Xconfig %s: %s\n", configPath.c_str(), std::strerror(errno));
+    }
+    const int reason = errno;
+    removeTemporaryFile(temporary);
+    if (replaced == Replaced::Unsynced)
+        fatalError("New Xconfig %s is in place, but not synced to disk: %s\n", configPath.c_str(),
+                   std::strerror(reason));
+}
+
+static SaveReport saveInto(TemporaryFile &temporary) {
+    SaveReport report;
+    const File old = openForReading(configPlace());
+    if (!configChanged() && (!old || fileState(old.get()) == configState)) {
+        const std::string text = makeConfig();
+        writeTemporary(temporary.file.get(), text);
+        if (!configChanged()) { // while its sections were copied
+            keepOldConfig(report, old.get(), text);
+            installConfig(report, old.get(), text, temporary);
+            report.result = SaveResult::Saved;
+            return report;
+        }
+    }
+    removeTemporaryFile(temporary);
+    report.result = SaveResult::Changed;
+    return report;
+}
+
+SaveReport writeConfig() {
+    if (configChanged())
+        return {SaveResult::Changed};
+    auto temporary = createTemporaryFile();
+    if (!temporary)
+        fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
+    if (!temporary->file)
+        return {SaveResult::Busy};
+    acceptChangeTime(); // the rest of a save may have been a second name of the configuration
+    return saveInto(*temporary);
+}
+
+void writeGlobalLines(std::string &out) {
     for (const ConfigLine *line = configLines; line; line = line->next) {
         if (line->keyword == "Mouse" && line->state == LineState::Active && currentPointer)
             writePointerLines(out, *currentPointer);
         else if (line->keyword != "Buttons" && line->state != LineState::Absent)
             writeSlot(out, *line);
     }
-    writeText(out, "\n\n\n");
+    out += "\n\n\n";
 }
 
-void copyScreenSection(int index, const std::string &source, std::FILE *out) {
+void copyScreenSection(int index, const FilePlace &source, std::string &out) {
     auto reader = openLines(source, CONFIG_PIECE_MAX);
     if (!reader)
-        fatalError("failed to open file %s\n", source.c_str());
+        fatalError("failed to open file %s\n", source.path.c_str());
     int number = -1; // of the section that is being read
     std::string_view piece;
     while (number <= index && readPiece(*reader, piece)) {
         if (piece.starts_with(WRITER_SECTION_START))
             number++;
         if (number == index)
-            writeText(out, piece);
+            out += piece;
     }
 }
 
-void writeScreenSection(std::FILE *out, const ScreenConfig &screen) {
+void writeScreenSection(std::string &out, const ScreenConfig &screen) {
     const auto modes = selectedModes(screen.modes, screen.selection);
     copyTemplate(out, *screen.card);
-    writeText(out, screen.card->extraLines);
-    writeText(out, modes.front()->extraLines);
-    std::fprintf(out, "Virtual %d %d\n", screen.virtualWidth, screen.virtualHeight);
-    std::fprintf(out, "Depth %d\n\n", screen.depth);
+    out.append(screen.card->extraLines).append(modes.front()->extraLines);
+    const auto number = [](int value) { return std::to_string(value); };
+    out += "Virtual " + number(screen.virtualWidth) + " " + number(screen.virtualHeight) + "\n";
+    out += "Depth " + number(screen.depth) + "\n\n";
     if (screen.depth == WRITER_PACKED_DEPTH)
-        std::fprintf(out, "BitsPerPixel 24\n\n");
-    std::fprintf(out, "Modes \n");
+        out += "BitsPerPixel 24\n\n";
+    out += "Modes \n";
     for (const VideoMode *mode : modes)
         writeModeLine(out, *mode);
-    std::fprintf(out, "\n\n");
+    out += "\n\n";
 }

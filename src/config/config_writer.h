@@ -8,28 +8,41 @@
 // message that says that the new one is in place.
 #pragma once
 
-#include <cstdio>
+#include <optional>
 #include <string>
 
+#include "base/file.h"
 #include "config/screen_config.h"
 
 enum class SaveResult {
     Saved,
-    Busy,    // nothing was written: another process holds the lock
-    Changed, // nothing was written: the file at configPath is not as configState tells
+    Busy,    // nothing was written: another save is running
+    Changed, // nothing was written: the configuration is not as it was read
 };
 
-// Writes the new configuration to CONFIG_TEMP_PATH and replaces the file at configPath by it. An
-// exclusive flock on the directory of CONFIG_TEMP_PATH keeps other saves away meanwhile.
+struct SaveReport {
+    SaveResult result = SaveResult::Saved;
+    bool oldRead = false;                         // there was a configuration and it could be read
+    int dropped = 0;                              // lines of it that the new one does not have
+    std::optional<FilePlace> kept = std::nullopt; // where the old one is kept; none: nowhere
+};
+
+// Writes the new configuration to CONFIG_TEMP_PATH and puts a copy in the place of the old one,
+// which keeps its attributes. The temporary file is the lock against other saves meanwhile. When
+// lines of the old one are dropped that no choice of this run replaces, or it could not be read, it
+// is kept beside the new one as keepFile does; not where a link is replaced.
 // The caller sees to it that every changed screen has a selected mode.
-SaveResult writeConfig();
+SaveReport writeConfig();
+
+// The lines of the configuration that a save without any choice would drop; 0 without one.
+int countUnchangedDrops();
 
 // Writes the keyword slots, with the pointer lines made from currentPointer, and three line ends.
-void writeGlobalLines(std::FILE *out);
+void writeGlobalLines(std::string &out);
 
 // Copies the text of one section byte for byte; `index` counts from 0 the lines that begin with
 // "Driver".
-void copyScreenSection(int index, const std::string &source, std::FILE *out);
+void copyScreenSection(int index, const FilePlace &source, std::string &out);
 
-// Writes the section of a screen that was configured in this run and has a selected mode.
-void writeScreenSection(std::FILE *out, const ScreenConfig &screen);
+// Writes the section of a screen that was configured in this run, at least one mode selected.
+void writeScreenSection(std::string &out, const ScreenConfig &screen);

@@ -1,13 +1,13 @@
 #include "config/font_path.h"
 
 #include <dirent.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
 #include <memory>
 
 #include "base/allocation.h"
+#include "base/file.h"
 #include "base/messages.h"
 #include "base/paths.h"
 
@@ -41,9 +41,10 @@ void scanFontDirectory(const std::string &dir, std::vector<FontElement> &table) 
         return;
     while (const dirent *entry = readdir(directory.get())) {
         const std::string path = dir + "/" + entry->d_name + "/fonts.dir";
-        struct stat status = {};
-        if (path.size() <= FONT_PATH_MAX && stat(path.c_str(), &status) == 0)
-            addFontElement(status.st_ino, path, table);
+        if (path.size() > FONT_PATH_MAX)
+            continue;
+        if (const auto state = fileState(path))
+            addFontElement(state->inode, path, table);
     }
 }
 

@@ -10,20 +10,18 @@
 #include "config/config_lines.h"
 
 static constexpr std::string_view SCREEN_CARD = "Card ", SCREEN_VIRTUAL = "Virtual ",
-                                  SCREEN_DEPTH = "Depth ", SCREEN_MODES = "Modes",
-                                  SCREEN_MODE_DB = "ModeDB";
+                                  SCREEN_DEPTH = "Depth ";
 
 std::array<ScreenConfig, SCREEN_MAX> screens;
 int screenCount = 0;
 int currentScreen = 0;
-int templateUsed = 0;
 
 static CardEntry placeholderCard = {nullptr, "NOT CONFIGURED", "none", {}, 0};
 
 struct SectionReader {
     const std::string &path;
     int index;
-    ScreenConfig &screen;
+    ScreenConfig screen = {};
     ListBuilder<VideoMode> modes = {};
     bool inModes = false;
     bool surplusReported = false; // of modes beyond SCREEN_MODE_MAX
@@ -61,12 +59,8 @@ static void reportSurplus(SectionReader &section) {
 }
 
 static void readModeLine(SectionReader &section, std::string_view line) {
-    std::string_view text = line;
-    if (!scanLiteral(text, "\""))
-        return;
-    const auto width = scanInt(text);
-    const auto height = width && scanLiteral(text, "x") ? scanInt(text) : std::nullopt;
-    if (!height)
+    const auto size = scanModeSize(line);
+    if (!size)
         return;
     ScreenConfig &screen = section.screen;
     if (screen.selection.size() == SCREEN_MODE_MAX) {
@@ -76,19 +70,25 @@ static void readModeLine(SectionReader &section, std::string_view line) {
     auto *mode = new VideoMode;
     mode->label = copyLine(line);
     mode->depth = screen.depth;
-    mode->hDisplay = *width;
-    mode->vDisplay = *height;
+    mode->hDisplay = size->width;
+    mode->vDisplay = size->height;
     appendRecord(section.modes, mode);
     screen.selection.push_back(static_cast<int>(screen.selection.size()) + 1);
 }
 
-bool parseScreenSection(const std::string &path, int index, ScreenConfig &screen) {
-    auto reader = openLines(path, CONFIG_PIECE_MAX);
+std::optional<ModeSize> scanModeSize(std::string_view line) {
+    if (!scanLiteral(line, "\""))
+        return std::nullopt;
+    const auto width = scanInt(line);
+    const auto height = width && scanLiteral(line, "x") ? scanInt(line) : std::nullopt;
+    return height ? std::optional(ModeSize{*width, *height}) : std::nullopt;
+}
+
+std::optional<ScreenConfig> parseScreenSection(const FilePlace &place, int index) {
+    auto reader = openLines(place, CONFIG_PIECE_MAX);
     if (!reader)
-        fatalError("failed to open file %s\n", path.c_str());
-    screen = ScreenConfig{};
-    screen.unchanged = 1;
-    SectionReader section{path, index, screen};
+        fatalError("failed to open file %s\n", place.path.c_str());
+    SectionReader section{place.path, index};
     int number = -1; // of the section that is being read
     std::string_view line;
     while (number <= index && readLine(*reader, line)) {
@@ -103,15 +103,14 @@ bool parseScreenSection(const std::string &path, int index, ScreenConfig &screen
         else if (line.starts_with(SCREEN_MODES))
             section.inModes = true;
         else
-            readSetting(screen, line);
+            readSetting(section.screen, line);
     }
-    screen.modes.reset(section.modes.head);
-    return number >= index;
+    section.screen.modes.reset(section.modes.head);
+    return number >= index ? std::optional(std::move(section.screen)) : std::nullopt;
 }
 
 void appendPlaceholderScreen() {
     ScreenConfig &screen = screens[screenCount++];
     screen = ScreenConfig{};
     screen.card = &placeholderCard;
-    screen.unchanged = 1;
 }

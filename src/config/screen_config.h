@@ -13,18 +13,26 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
+#include <optional>
+#include <string_view>
 #include <vector>
 
+#include "base/file.h"
 #include "hwdb/card_list.h"
 #include "hwdb/display_entry.h"
 
 inline constexpr int SCREEN_MAX = 8;       // screens that a configuration can hold
 inline constexpr int SCREEN_MODE_MAX = 99; // modes that are read of a section
 
+inline constexpr std::string_view SCREEN_MODES = "Modes", SCREEN_MODE_DB = "ModeDB";
+
+struct ModeSize {
+    int width, height; // pixels
+};
+
 struct ScreenConfig {
     CardEntry *card = nullptr;  // the section's own, or of cardList once chosen there; null: none
-    std::int32_t unchanged = 0; // 1: the section's text is kept; 0: configured in this run
+    bool unchanged = true;      // the section's text is kept; else configured in this run
     ModeList modes;             // the section's modes, or those of the chosen card
     std::vector<int> selection; // chosen modes as positions in `modes`, from 1
     std::int32_t virtualWidth = 0; // pixels; 0: not known
@@ -35,12 +43,13 @@ struct ScreenConfig {
 extern std::array<ScreenConfig, SCREEN_MAX> screens;
 extern int screenCount;   // records in use
 extern int currentScreen; // the X screen that this run configures, from 0
-extern int templateUsed;  // 1: the template was read, as no configuration could be
 
-// Reads the screen section with the given index, from 0, into the record and returns true; false
-// when the file has no such section, and the record is then an empty one. A file that cannot be
-// opened ends the process; modes beyond SCREEN_MODE_MAX are reported and left out.
-bool parseScreenSection(const std::string &path, int index, ScreenConfig &screen);
+// The size that a mode line begins with; none when the line is no mode line.
+std::optional<ModeSize> scanModeSize(std::string_view line);
+
+// The screen section with the given index, from 0; none when the file has no such section. A file
+// that cannot be opened ends the process; modes beyond SCREEN_MODE_MAX are reported and left out.
+std::optional<ScreenConfig> parseScreenSection(const FilePlace &place, int index);
 
 // Adds a screen that is still to be configured behind the last one.
 // The caller keeps screenCount < SCREEN_MAX.

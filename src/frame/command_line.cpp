@@ -10,7 +10,7 @@
 #include "base/messages.h"
 #include "catalogue/html_page.h"
 #include "catalogue/mif_document.h"
-#include "config/config_lines.h"
+#include "config/config_file.h"
 #include "config/screen_config.h"
 #include "frame/numbered_list.h"
 #include "hwdb/card_list.h"

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <clocale>
+#include <csignal>
 #include <new>
 
 #include "base/messages.h"
@@ -23,7 +24,8 @@ static void occupyStandardStreams() {
 
 int main(int argc, char **argv) {
     occupyStandardStreams();
-    std::setlocale(LC_CTYPE, ""); // line drawing follows the terminal; numbers keep their form
+    std::setlocale(LC_CTYPE, "");  // line drawing follows the terminal; numbers keep their form
+    std::signal(SIGXFSZ, SIG_IGN); // a file that grows too large is an error of its write
     std::set_new_handler([] { fatalError("Out of memory\n"); });
     loadMonitors();
     readCommandLine(argc, argv);

@@ -3,8 +3,9 @@
 #include <array>
 #include <string_view>
 
+#include "base/end_signals.h"
 #include "base/messages.h"
-#include "config/config_lines.h"
+#include "config/config_file.h"
 #include "config/config_writer.h"
 #include "ui/card_selection.h"
 #include "ui/dialog.h"
@@ -12,6 +13,7 @@
 #include "ui/menu.h"
 #include "ui/pointer_selection.h"
 #include "ui/status_panel.h"
+#include "ui/text.h"
 
 // The choices of the main menu; the previous menu is the way out.
 enum MainChoice { MAIN_PREVIOUS, MAIN_CARD, MAIN_MOUSE, MAIN_SAVE, MAIN_QUIT };
@@ -44,27 +46,43 @@ static bool checkSelection() {
     return false;
 }
 
-// The path or, of one too long for a notice, its end.
-static std::string shortenedPath() {
-    if (configPath.size() <= MAIN_PATH_MAX)
-        return configPath;
-    return "..." + configPath.substr(configPath.size() - (MAIN_PATH_MAX - 3));
+// A save that has begun is finished, whatever asks the run to end.
+static SaveReport saveWhole() {
+    const EndSignalsHeld held;
+    endOnSignal();
+    return writeConfig();
 }
 
 // True when the configuration was saved; otherwise a notice has said why it was not.
-static bool saveConfiguration() {
+static bool saveConfiguration(SaveReport &report) {
     if (!checkSelection())
         return false;
-    const SaveResult result = writeConfig();
-    if (result == SaveResult::Busy)
+    report = saveWhole();
+    if (report.result == SaveResult::Busy)
         showNotice("Another save is running");
-    if (result == SaveResult::Changed)
-        showNotice(shortenedPath() + " has changed since it was read");
-    return result == SaveResult::Saved;
+    if (report.result == SaveResult::Changed)
+        showNotice(shownEnd(configPath, MAIN_PATH_MAX) + " has changed since it was read");
+    return report.result == SaveResult::Saved;
+}
+
+// Tells, on the terminal that curses has given back, what the new configuration does not say and
+// where the old one is.
+static void tellWhatIsKept(const SaveReport &report) {
+    const std::string lines =
+        std::to_string(report.dropped) + (report.dropped == 1 ? " line" : " lines");
+    if (report.kept && report.oldRead)
+        showMessage("Dropped %s of the old Xconfig, which is kept as %s\n", lines.c_str(),
+                    report.kept->path.c_str());
+    else if (report.kept)
+        showMessage("The old Xconfig, which could not be read, is kept as %s\n",
+                    report.kept->path.c_str());
+    else if (report.dropped > 0)
+        showMessage("Dropped %s of the old Xconfig, to which %s was a link\n", lines.c_str(),
+                    configPath.c_str());
 }
 
 // Does what was chosen; false when that ends the interactive mode.
-static bool actOnChoice(int choice) {
+static bool actOnChoice(int choice, SaveReport &report) {
     switch (choice) {
     case MAIN_CARD:
         selectCardAndModes(screens[currentScreen]);
@@ -73,13 +91,15 @@ static bool actOnChoice(int choice) {
         selectPointerDevice();
         return true;
     case MAIN_SAVE:
-        return !saveConfiguration();
+        return !saveConfiguration(report);
     default:
         return false;
     }
 }
 
-static void runMainMenu() {
+// What the save left, when there was one.
+static SaveReport runMainMenu() {
+    SaveReport report;
     Menu menu = makeMainMenu();
     openMenu(menu);
     const Window panel = openStatusPanel();
@@ -92,12 +112,14 @@ static void runMainMenu() {
             hideWindow(menu.window.get());
             hideWindow(panel.get());
         }
-    } while (actOnChoice(choice));
+    } while (actOnChoice(choice, report));
+    return report;
 }
 
 void runInteractiveMode() {
     startCurses();
     showInformationScreen();
-    runMainMenu();
+    const SaveReport report = runMainMenu();
     endCurses();
+    tellWhatIsKept(report);
 }

@@ -1,69 +1,39 @@
 #include "frame/startup.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
+#include <utility>
 
 #include "base/messages.h"
 #include "base/paths.h"
+#include "config/config_file.h"
 #include "config/config_lines.h"
 #include "config/font_path.h"
+#include "config/pointer_line.h"
 #include "config/screen_config.h"
 #include "hwdb/card_list.h"
 #include "hwdb/pointer_devices.h"
 #include "vdif/vdif_reader.h"
 
-namespace fs = std::filesystem;
-
-// True when the path leads to the temporary file, through links and mounts as well.
-static bool isTemporaryFile(const fs::path &path) {
-    const fs::path temporary = CONFIG_TEMP_PATH;
-    std::error_code error;
-    const fs::path target = fs::weakly_canonical(path, error);
-    return path == temporary ||
-           (target.filename() == temporary.filename() &&
-            fs::equivalent(target.parent_path(), temporary.parent_path(), error));
-}
-
-// Saving removes the temporary file, so it must not be what is edited, and replaces regular files
-// only.
-static void checkConfigPath() {
-    if (isTemporaryFile(configPath))
-        fatalError("Cannot edit the temporary file %s\n", configPath.c_str());
-    struct stat status = {};
-    if (stat(configPath.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-        fatalError("%s is not a regular file\n", configPath.c_str());
-}
-
 static void readScreens() {
-    ScreenConfig surplus;
-    screenCount = 0;
-    while (screenCount < SCREEN_MAX &&
-           parseScreenSection(configPath, screenCount, screens[screenCount]))
-        screenCount++;
-    if (screenCount == SCREEN_MAX && parseScreenSection(configPath, SCREEN_MAX, surplus))
-        fatalError("Too many screens in %s: at most %d\n", configPath.c_str(), SCREEN_MAX);
+    while (auto screen = parseScreenSection(configPlace(), screenCount)) {
+        if (screenCount == SCREEN_MAX)
+            fatalError("Too many screens in %s: at most %d\n", configPath.c_str(), SCREEN_MAX);
+        screens[screenCount++] = std::move(*screen);
+    }
 }
 
 static void readTemplate() {
     configLines = readConfigLines(TEMPLATE_PATH);
-    parseScreenSection(TEMPLATE_PATH, 0, screens[0]);
-    templateUsed = 1;
+    screens[0] = parseScreenSection(TEMPLATE_PATH, 0).value_or(ScreenConfig{});
+    templateUsed = true;
     screenCount = 1;
-    if (configPath.empty())
-        configPath = CONFIG_PATH;
 }
 
 static void readConfiguration() {
-    if (configPath.empty())
-        configPath = locateConfigFile().value_or("");
-    if (!configPath.empty()) {
-        checkConfigPath();
-        configState = fileState(configPath);
-        configLines = readConfigLines(configPath);
-    }
+    openConfigFile();
+    configLines = readConfigLines(configPlace());
     if (configLines)
         readScreens();
     else
@@ -113,5 +83,6 @@ void prepareInteractiveMode(const char *programName) {
         fillFontPath();
     settleScreenNumber();
     loadPointerDevices();
+    setUpPointer();
     loadCardList();
 }

@@ -1,14 +1,12 @@
 #include "hwdb/pointer_devices.h"
 
 #include <array>
-#include <memory>
 #include <string_view>
 
 #include "base/line_reader.h"
 #include "base/messages.h"
 #include "base/paths.h"
 #include "base/text_scanner.h"
-#include "config/config_lines.h"
 
 static constexpr std::size_t POINTER_PIECE_MAX = 1023; // bytes of a line read at once
 static constexpr std::string_view POINTER_MOUSE = "Mouse", POINTER_TOUCH_SCREEN = "TouchScreen",
@@ -22,9 +20,6 @@ struct DefaultDevice {
 using DefaultDevices = std::array<DefaultDevice, 3>;
 
 PointerDevice *pointerDevices = nullptr;
-PointerDevice *currentPointer = nullptr;
-
-static std::unique_ptr<PointerDevice> configuredPointer; // what the configuration says
 
 static DefaultDevice *findDefault(DefaultDevices &defaults, std::string_view text) {
     for (DefaultDevice &entry : defaults)
@@ -83,43 +78,9 @@ static void readDatabase(LineReader &reader) {
     }
 }
 
-static const ConfigLine *findActiveMouse() {
-    const ConfigLine *line = configLines;
-    while (line && (line->keyword != POINTER_MOUSE || line->state != LineState::Active))
-        line = line->next;
-    return line;
-}
-
-// The device of a "Mouse" line's value; null when the value holds no word.
-static std::unique_ptr<PointerDevice> parseConfigured(std::string_view value) {
-    const auto type = scanWord(value);
-    if (!type)
-        return nullptr;
-    auto pointer = std::make_unique<PointerDevice>();
-    pointer->type = *type;
-    pointer->device = scanWord(value);
-    return pointer;
-}
-
-// The name is that of the last entry of the type, the button count the first known one.
-static void completeCurrent(PointerDevice &current) {
-    for (const PointerDevice *entry = pointerDevices; entry; entry = entry->next) {
-        if (entry->type != current.type)
-            continue;
-        if (current.buttons == 0)
-            current.buttons = entry->buttons;
-        current.name = entry->name;
-    }
-}
-
 void loadPointerDevices() {
     auto reader = openLines(POINTER_LIST_PATH, POINTER_PIECE_MAX);
     if (!reader)
         fatalError("Can't Open file %s\n", POINTER_LIST_PATH);
     readDatabase(*reader);
-    const ConfigLine *mouse = findActiveMouse();
-    configuredPointer = mouse ? parseConfigured(mouse->value.value_or("")) : nullptr;
-    currentPointer = configuredPointer.get();
-    if (currentPointer)
-        completeCurrent(*currentPointer);
 }

@@ -1,5 +1,4 @@
-// Pointer device database: the mice and touch screens that the server drives, and the device that
-// the configuration has at present.
+// Pointer device database: the mice and touch screens that the server drives.
 //
 // File format (POINTER_LIST_PATH), one line each; every other line is a comment:
 //     DefaultSerial <device file>          and likewise DefaultKeyboard and DefaultBus
@@ -24,8 +23,6 @@ struct PointerDevice {
 };
 
 extern PointerDevice *pointerDevices; // in file order
-extern PointerDevice *currentPointer; // null: the configuration has none
 
-// Reads the database into pointerDevices and sets currentPointer from the configuration's first
-// active "Mouse" line. Called once, after the configuration was read.
+// Reads the database into pointerDevices. Called once.
 void loadPointerDevices();

@@ -158,7 +158,7 @@ void selectCardAndModes(ScreenConfig &screen) {
     if (!virtualSize)
         return;
     screen.card = card;
-    screen.unchanged = 0;
+    screen.unchanged = false;
     screen.modes = std::move(choice->modes);
     screen.selection = std::move(choice->selection);
     screen.virtualWidth = virtualSize->width;

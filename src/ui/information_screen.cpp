@@ -6,6 +6,9 @@
 
 #include "base/line_reader.h"
 #include "base/paths.h"
+#include "base/replace_file.h"
+#include "config/config_file.h"
+#include "config/config_writer.h"
 #include "ui/text.h"
 #include "ui/window.h"
 
@@ -18,7 +21,7 @@ struct PlacedText {
     int row, column;
     const char *text;
 };
-static constexpr std::array<PlacedText, 12> INFORMATION_TEXTS = {{
+static constexpr std::array<PlacedText, 11> INFORMATION_TEXTS = {{
     {3, INFORMATION_INDENT, "from"},
     {5, INFORMATION_INDENT, "Dunmere Display Systems"},
     {6, INFORMATION_INDENT, "100 Example Street"},
@@ -30,9 +33,9 @@ static constexpr std::array<PlacedText, 12> INFORMATION_TEXTS = {{
     {16, INFORMATION_MARGIN, "To use scrconf, you will need to select the following things:"},
     {18, INFORMATION_INDENT, "(1) Graphics Card (followed by a resolution choice)"},
     {19, INFORMATION_INDENT, "(2) Mouse"},
-    {22, INFORMATION_MARGIN,
-     "Nothing is written before \"Save and Exit\". Control-H erases in a prompt."},
 }};
+static constexpr int INFORMATION_NOTICE_ROW = 22;
+static constexpr std::size_t INFORMATION_NOTICE_MAX = 78; // bytes
 static constexpr int INFORMATION_CONTINUE_ROW = 23;
 
 // The first line of the version file; empty without one.
@@ -42,14 +45,43 @@ static std::string readVersion() {
     return reader && readLine(*reader, line) ? std::string(line) : "";
 }
 
+// A notice with a path in it, whose beginning goes when it is too long.
+static std::string noticeOf(std::string_view before, std::string_view path,
+                            std::string_view after) {
+    const std::size_t room = INFORMATION_NOTICE_MAX - before.size() - after.size();
+    return std::string(before).append(shownEnd(path, room)).append(after);
+}
+
+// A notice that ends in where the present configuration will be.
+static std::string keptNotice(const std::string &before) {
+    if (configIsLink())
+        return before + "what the link leads to stays.";
+    return noticeOf(before + "it is kept as ", keptPlace(configPlace()).path, ".");
+}
+
+// What a save will do that its user may not expect or, when there is nothing of that kind, what no
+// other screen tells.
+static std::string noticeText() {
+    if (!configState)
+        return noticeOf("There is no ", configPath, " yet: a template stands in.");
+    if (templateUsed)
+        return keptNotice("A template stands in for what cannot be read; ");
+    const int dropped = countUnchangedDrops();
+    if (dropped == 0)
+        return "Space marks modes, P goes back; Control-H, not Backspace, erases an answer.";
+    return keptNotice("A save drops " + std::to_string(dropped) +
+                      (dropped == 1 ? " line" : " lines") + " of this file; ");
+}
+
 // The version may be of several rows and is drawn before the texts that stand on them.
-static void paintInformation(const std::string &version) {
+static void paintInformation(const std::string &version, const std::string &notice) {
     wattrset(stdscr, A_NORMAL);
     werase(stdscr);
     putText(stdscr, INFORMATION_PRODUCT_ROW, INFORMATION_MARGIN, "Korvel-X ");
     putWrappedText(stdscr, INFORMATION_PRODUCT_ROW, INFORMATION_VERSION_COLUMN, version);
     for (const PlacedText &entry : INFORMATION_TEXTS)
         putText(stdscr, entry.row, entry.column, entry.text);
+    putText(stdscr, INFORMATION_NOTICE_ROW, INFORMATION_MARGIN, notice);
     wattrset(stdscr, A_BOLD | A_REVERSE);
     putText(stdscr, INFORMATION_CONTINUE_ROW, INFORMATION_MARGIN, "Press Enter to continue");
     wattrset(stdscr, A_NORMAL);
@@ -57,8 +89,8 @@ static void paintInformation(const std::string &version) {
 }
 
 void showInformationScreen() {
-    const std::string version = readVersion();
-    showWindow(stdscr, [&version] { paintInformation(version); });
+    const std::string version = readVersion(), notice = noticeText();
+    showWindow(stdscr, [&] { paintInformation(version, notice); });
     waitKey(stdscr);
     hideWindow(stdscr);
 }

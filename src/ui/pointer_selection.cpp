@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "hwdb/pointer_devices.h"
+#include "config/pointer_line.h"
 #include "ui/dialog.h"
 #include "ui/menu.h"
 
@@ -37,7 +37,7 @@ void selectPointerDevice() {
     openMenu(menu);
     drawMenu(menu);
     if (const int choice = runMenu(menu)) {
-        currentPointer = listNth(pointerDevices, choice);
+        choosePointer(*listNth(pointerDevices, choice));
         if (currentPointer->device)
             askDevice(*currentPointer->device);
     }

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "config/config_lines.h"
-#include "hwdb/pointer_devices.h"
+#include "config/config_file.h"
+#include "config/pointer_line.h"
 #include "ui/text.h"
 
 static constexpr int STATUS_SCREEN_COLUMN = 1, STATUS_SCREEN_ROW = 1; // of the window

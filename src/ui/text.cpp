@@ -1,9 +1,11 @@
 #include "ui/text.h"
 
 #include <cwchar>
-#include <string>
+
+#include "base/shown_text.h"
 
 static constexpr int TEXT_TAB_CELLS = 8;
+static constexpr std::string_view TEXT_CUT = "...";
 
 // The first character of a text as it is shown.
 struct Glyph {
@@ -22,13 +24,11 @@ static Glyph firstGlyph(std::string_view text, int column) {
     }
     if ((first >= '\0' && first < ' ') || first == '\177')
         return {1, 0, {}};
-    wchar_t wide = 0;
-    std::mbstate_t state = {};
-    const std::size_t bytes = std::mbrtowc(&wide, text.data(), text.size(), &state);
-    const int cells = bytes > text.size() ? -1 : wcwidth(wide);
+    const Character character = firstCharacter(text);
+    const int cells = character.valid ? wcwidth(character.wide) : -1;
     if (cells < 0)
-        return {bytes > text.size() ? 1 : bytes, 1, L"?"};
-    return {bytes, cells, std::wstring(1, wide)};
+        return {character.bytes, 1, L"?"};
+    return {character.bytes, cells, std::wstring(1, character.wide)};
 }
 
 void putText(WINDOW *window, int row, int column, std::string_view text) {
@@ -64,4 +64,10 @@ int textCells(std::string_view text, int column) {
         text.remove_prefix(glyph.bytes);
     }
     return column - first;
+}
+
+std::string shownEnd(std::string_view text, std::size_t maxBytes) {
+    if (text.size() <= maxBytes)
+        return std::string(text);
+    return std::string(TEXT_CUT).append(text.substr(text.size() - (maxBytes - TEXT_CUT.size())));
 }

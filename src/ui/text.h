@@ -6,6 +6,7 @@
 
 #include <curses.h>
 
+#include <string>
 #include <string_view>
 
 // Writes a text in the window's present attributes. What does not fit between `column` and the
@@ -18,3 +19,6 @@ void putWrappedText(WINDOW *window, int row, int column, std::string_view text);
 
 // The cells that a text needs at this column of a window, before anything is cut.
 int textCells(std::string_view text, int column);
+
+// The text or, of one that has more than `maxBytes`, "..." and its end, of that length together.
+std::string shownEnd(std::string_view text, std::size_t maxBytes);

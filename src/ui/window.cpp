@@ -7,10 +7,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "base/end_signals.h"
 #include "base/messages.h"
 
 // A window that is open, with the place that it has in the fixed layout whatever a resize made of
@@ -33,8 +34,6 @@ static std::vector<OpenWindow>::iterator findWindow(const WINDOW *window) {
 // ones that it holds back.
 static sigset_t waitSignals;
 
-static volatile std::sig_atomic_t endSignal = 0; // the signal that asks for the end; 0: none did
-
 static void blockSignal(int number) {
     sigset_t blocked;
     sigemptyset(&blocked);
@@ -43,30 +42,17 @@ static void blockSignal(int number) {
     sigdelset(&waitSignals, number);
 }
 
-static void holdSignal(int number, void (*handler)(int)) {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    sigaction(number, &action, nullptr);
-    blockSignal(number);
-}
-
-static bool isIgnored(int number) {
-    struct sigaction action = {};
-    sigaction(number, nullptr, &action);
-    return action.sa_handler == SIG_IGN;
-}
-
-// Holds back every signal that the program answers, except while input is waited for, where a
-// handler only ends the wait: a resize between a drawing and the wait is not missed, and a save is
-// not cut short.
+// Holds back the signals that change the screen, except while input is waited for, where a handler
+// only ends the wait: a resize between a drawing and the wait is not missed.
 static void holdSignals() {
     sigprocmask(SIG_BLOCK, nullptr, &waitSignals);
-    // Where a handler is, curses sets none. Its own would take LINES and COLUMNS for the new size,
-    // and would tidy up the terminal amid whatever runs.
-    holdSignal(SIGWINCH, [](int) {});
-    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
-        if (!isIgnored(number)) // as under nohup
-            holdSignal(number, [](int received) { endSignal = received; });
+    // Where a handler is, curses sets none. Its own would take LINES and COLUMNS for the new size.
+    for (const int number : {SIGWINCH, SIGCONT}) {
+        struct sigaction action = {};
+        action.sa_handler = [](int) {};
+        sigaction(number, &action, nullptr);
+        blockSignal(number);
+    }
     blockSignal(SIGTSTP); // the handler of curses is right, as long as it runs at the wait
     // To write to a pipe that has lost its reader would end the run and leave the terminal raw;
     // that nobody reads the messages any more is no reason to end.
@@ -94,30 +80,31 @@ static void repaintScreen() {
     paintShownWindows();
 }
 
-// Takes over the terminal's size. The screen is repainted even when the size is the old one: it may
-// have been another in between, and the terminal has lost what it did not hold.
-static void followResize() {
+// Takes over the terminal as it is now: its size, and its modes, which a shell has set back while
+// the run was stopped. The screen is repainted even when the size is the old one: it may have been
+// another in between, and the terminal has lost what it did not hold.
+static void followSignal() {
+    endOnSignal();
+    reset_prog_mode();
     struct winsize size = {};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && is_term_resized(size.ws_row, size.ws_col))
         resizeterm(size.ws_row, size.ws_col);
     repaintScreen();
 }
 
-static void followSignal() {
-    if (endSignal != 0)
-        fatalError("Ended by a signal: %s\n", strsignal(endSignal));
-    followResize();
-}
-
 // Lets in the signals that came meanwhile: while there is something to read no wait does so.
 static void admitSignals() {
     static constexpr timespec NO_TIME = {};
+    endOnSignal();
     while (ppoll(nullptr, 0, &NO_TIME, &waitSignals) < 0 && errno == EINTR)
         followSignal();
 }
 
-// Waits until standard input has something to read or has ended.
+// Waits until standard input has something to read or has ended. No signal comes between the look
+// for one and the wait, which lets them in.
 static void waitInput() {
+    const EndSignalsHeld held;
+    endOnSignal();
     pollfd input = {STDIN_FILENO, POLLIN, 0};
     while (ppoll(&input, 1, nullptr, &waitSignals) < 0) {
         if (errno != EINTR)
@@ -129,6 +116,18 @@ static void waitInput() {
 void CloseWindow::operator()(WINDOW *window) const {
     openWindows.erase(findWindow(window));
     delwin(window);
+}
+
+// As initscr does, whose own message would show the type's name to the terminal as it is.
+static void openTerminal() {
+    const char *type = std::getenv("TERM");
+    if (!type || !*type)
+        type = "unknown";
+    if (!newterm(type, stdout, stdin)) {
+        showMessage("Error opening terminal: %s.\n", type);
+        std::exit(EXIT_FAILURE);
+    }
+    def_prog_mode();
 }
 
 // A terminal that cannot place its cursor shows a stream of text, no screen.
@@ -147,8 +146,9 @@ static void checkTerminal() {
 }
 
 void startCurses() {
+    catchEndSignals();
     holdSignals();
-    initscr();
+    openTerminal();
     cursesActive = true;
     checkTerminal();
     if (has_colors())

@@ -15,8 +15,8 @@ struct CloseWindow {
 using Window = std::unique_ptr<WINDOW, CloseWindow>;
 
 // Starts curses. A terminal below 80 columns by 24 lines ends the process, as does one that curses
-// cannot use. From now on SIGHUP, SIGINT, SIGQUIT and SIGTERM, unless they were ignored, end the
-// process with a message, and these, a stop and a resize only where input is waited for.
+// cannot use. From now on the signals that ask for the end are caught; a resize, a stop and its end
+// are followed where input is waited for.
 void startCurses();
 
 // A new, empty window with its top left corner at the given place of the terminal, counted from 0.

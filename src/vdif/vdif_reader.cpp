@@ -1,7 +1,5 @@
 #include "vdif/vdif_reader.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
 #include <initializer_list>
@@ -321,21 +319,10 @@ static void completeDescription(MonitorDescription &description, const std::stri
     }
 }
 
-// As much of the file as its size announced; of a file that has shrunk since then, what is left.
-// None when it cannot be read.
-static std::optional<std::string> readWhole(const std::string &path) {
-    const File file = openForReading(path);
-    struct stat status = {};
-    if (!file || fstat(fileno(file.get()), &status) != 0)
-        return std::nullopt;
-    std::string text(static_cast<std::size_t>(status.st_size), '\0');
-    text.resize(std::fread(text.data(), 1, text.size(), file.get()));
-    return std::ferror(file.get()) ? std::nullopt : std::optional(std::move(text));
-}
-
 std::shared_ptr<const MonitorDescription> readMonitorDescription(const std::string &path,
                                                                  bool isLibrary) {
-    auto text = readWhole(path);
+    const File file = openForReading(path);
+    auto text = file ? readWhole(file.get()) : std::nullopt;
     if (!text)
         return nullptr;
     VdifReader reader;

@@ -1,7 +1,5 @@
 #include "config/config_lines.h"
 
-#include <cstdlib>
-
 #include "base/lists.h"
 #include "support/temp_dir.h"
 
@@ -64,22 +62,4 @@ TEST_F(ConfigLinesTest, CommentsAndValuesFollowTheLengthOfTheLine) {
               "Option commented [b]\nOption active [c]\n");
     EXPECT_EQ(readSlots("LogFile " + std::string(1015, 'a') + "Nice 5\n"),
               "LogFile active [" + std::string(1015, 'a') + "]\nNice active [5]\n");
-}
-
-TEST_F(ConfigLinesTest, TheUsersFileComesBeforeTheSystems) {
-    setenv("HOME", "home/", 1);
-    EXPECT_EQ(locateConfigFile(), std::nullopt);
-    writeFile("etc/X11/Xconfig", "");
-    EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
-    writeFile("home/.Xconfig", "");
-    EXPECT_EQ(locateConfigFile(), "home/.Xconfig");
-    setenv("HOME", "home", 1);
-    EXPECT_EQ(locateConfigFile(), "home/.Xconfig");
-    std::string home = "home";
-    while (home.size() + std::string("/.Xconfig").size() <= 255)
-        home.insert(0, "./");
-    setenv("HOME", home.c_str(), 1);
-    EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
-    unsetenv("HOME");
-    EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
 }

@@ -2,8 +2,10 @@
 
 #include <filesystem>
 
+#include "config/config_file.h"
 #include "config/config_lines.h"
-#include "hwdb/pointer_devices.h"
+#include "config/dropped_lines.h"
+#include "config/pointer_line.h"
 #include "support/temp_dir.h"
 
 namespace fs = std::filesystem;
@@ -16,16 +18,21 @@ static const std::string KEPT_SECTION =
 
 struct ConfigWriterTest : TempDirTest {
     void SetUp() override {
+        read("# LogFile /tmp/log\nMouse Old /dev/old\nButtons 9\nOption \n"
+             "free text\nDriver one\nModes\n" +
+             KEPT_SECTION);
+    }
+    // Takes a text for the configuration, in a folder of its own each time.
+    void read(std::string_view text) {
+        fs::remove_all("etc");
         configPath = "etc/X11/Xconfig";
-        templateUsed = 0;
+        pointerChosen = templateUsed = false;
         currentPointer = nullptr;
-        writeFile(configPath, "# LogFile /tmp/log\nMouse Old /dev/old\nButtons 9\nOption \n"
-                              "free text\nDriver one\nModes\n" +
-                                  KEPT_SECTION);
-        configState = fileState(configPath);
-        configLines = readConfigLines(configPath);
-        for (screenCount = 0; parseScreenSection(configPath, screenCount, screens[screenCount]);)
-            screenCount++;
+        writeFile(configPath, text);
+        openConfigFile();
+        configLines = readConfigLines(configPlace());
+        for (screenCount = 0; auto screen = parseScreenSection(configPath, screenCount);)
+            screens[screenCount++] = std::move(*screen);
     }
 };
 
@@ -37,7 +44,7 @@ static void configureScreen(ScreenConfig &screen) {
               "800 600 24 60 40 w\n: ModeLine 1\n: ModeLine 2\n"
               "1024 768 24 60 65 0 0 0 0 0 0 0 0 255\n: not written\n");
     auto *card = new CardEntry{nullptr, "Acme: One", "fast", "CardLine 1\n\n", 0};
-    screen = {card, 0, readDisplayEntry(*card), {2, 1, 3}, 1600, 1200, 24};
+    screen = {card, false, readDisplayEntry(*card), {2, 1, 3}, 1600, 1200, 24};
     screen.modes->clock = 25.175F;
 }
 
@@ -60,7 +67,9 @@ TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntryAndTheOtherKept
                                     "\n\n" +
                                         KEPT_SECTION);
     *currentPointer = {nullptr, "", "Elo", 0, {}};
-    EXPECT_EQ(textOf(writeGlobalLines), "# LogFile /tmp/log\nMouse Elo\nOption \n\n\n\n");
+    std::string lines;
+    writeGlobalLines(lines);
+    EXPECT_EQ(lines, "# LogFile /tmp/log\nMouse Elo\nOption \n\n\n\n");
 }
 
 TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
@@ -71,6 +80,59 @@ TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
                 "Can't open DisplayConfig entry usr/lib/X11/Korvel/DisplayConfig/fast/config\n");
     EXPECT_EQ(readFile(configPath), old);
     configPath = "missing/Xconfig";
-    configState.reset();
-    EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1), "failed to open file missing/Xconfig\n");
+    EXPECT_EXIT(openConfigFile(), testing::ExitedWithCode(1),
+                "Cannot open the folder of missing/Xconfig: No such file or directory\n");
+}
+
+TEST_F(ConfigWriterTest, LinesAreComparedByTheirWords) {
+    const struct {
+        const char *oldText, *newText;
+        int dropped;
+    } cases[] = {
+        {"LogFile\t/x  y \n\n#  Nice 3\n \t\n", "# Nice 3\nLogFile /x y\n", 0},
+        {"a\na\nb", "a\nb b\n", 2},
+        {"#Nice", "Nice\n", 1},
+        {"", "a\n", 0},
+    };
+    for (const auto &[oldText, newText, dropped] : cases)
+        EXPECT_EQ(countDroppedLines(oldText, newText), dropped) << oldText;
+}
+
+// What an unchanged save drops: of the first text it would lose every line of the second.
+TEST_F(ConfigWriterTest, EveryLineThatASaveDropsIsCountedAndTheOldFileKept) {
+    static constexpr std::pair<const char *, int> TEXTS[] = {
+        {"LogFile /x\nDriver a\n# kept\n", 0},
+        {"# free\nUnknown x\n", 2},
+        {"LogFile a\nLogFile b\n", 1},
+        {"#LogFile a comment\nLogFile a\n", 1},
+        {"Option\ta b c\n", 1},
+        {"Mouse Old\nButtons 9\n", 1},
+        {"Driver a\nDriverPath x\nDriver b\n", 1},
+    };
+    for (const auto &[text, dropped] : TEXTS) {
+        read(text);
+        EXPECT_EQ(countUnchangedDrops(), dropped) << text;
+        const SaveReport report = writeConfig();
+        EXPECT_EQ(report.result, SaveResult::Saved);
+        EXPECT_EQ(report.dropped, dropped) << text;
+        EXPECT_EQ(readFile("etc/X11/Xconfig.~1~"), dropped ? text : "");
+        EXPECT_EQ(std::distance(fs::directory_iterator("etc/X11"), {}), dropped ? 2 : 1);
+    }
+}
+
+TEST_F(ConfigWriterTest, WhatThisRunsChoicesReplaceIsNotCounted) {
+    configureScreen(screens[0]);
+    PointerDevice chosen{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
+    const std::string section = "Driver fast x\nCard One\nVirtual 1 1\nDepth 8\nBitsPerPixel 9\n"
+                                "Modes\n\"1x1\" 25\n";
+    const auto droppedOf = [&](const std::string &text) {
+        read(text);
+        configureScreen(screens[0]);
+        choosePointer(chosen);
+        return writeConfig().dropped;
+    };
+    EXPECT_EQ(droppedOf("Mouse Old\n Buttons 9\n" + section), 0);
+    EXPECT_EQ(droppedOf(section + "ModeDB\n\"2x2\"\nnote\n"), 3);
+    EXPECT_EQ(droppedOf(section + "\"no mode\nDriver two\nDepth 4\n"), 1);
+    EXPECT_EQ(droppedOf("Depth 4\n\"1x1\"\n# Mouse Old\n" + section), 3);
 }

@@ -1,6 +1,7 @@
 // The screen sections of the configuration: read, saved unchanged and read again.
 #include "base/lists.h"
 #include "base/paths.h"
+#include "config/config_file.h"
 #include "config/config_lines.h"
 #include "config/config_writer.h"
 #include "config/screen_config.h"
@@ -14,7 +15,7 @@ static void freeScreens() {
 
 static std::string shownScreen(const ScreenConfig &screen) {
     std::string shown = std::string(screen.card ? screen.card->name : "-") + "\n";
-    for (const int value : {screen.unchanged, screen.virtualWidth, screen.virtualHeight})
+    for (const int value : {screen.virtualWidth, screen.virtualHeight})
         shown += std::to_string(value) + " ";
     for (const VideoMode *mode = screen.modes.get(); mode; mode = mode->next)
         shown += "\n" + mode->label + "|" + std::to_string(mode->depth) + " " +
@@ -27,10 +28,11 @@ static std::string readScreens(std::size_t size) {
     std::string shown;
     const MemoryBound bound(size);
     for (screenCount = 0; screenCount < SCREEN_MAX; screenCount++) {
-        ScreenConfig &screen = screens[static_cast<std::size_t>(screenCount)];
-        if (!parseScreenSection(CONFIG_PATH, screenCount, screen))
+        auto screen = parseScreenSection(CONFIG_PATH, screenCount);
+        if (!screen)
             break;
-        shown += shownScreen(screen);
+        shown += shownScreen(*screen);
+        screens[static_cast<std::size_t>(screenCount)] = std::move(*screen);
     }
     bound.check();
     return shown;
@@ -40,8 +42,8 @@ static std::string readScreens(std::size_t size) {
 static std::string copyOfAll(int &count) {
     std::string all;
     for (count = 0;; count++) {
-        const std::string section =
-            textOf([&](std::FILE *out) { copyScreenSection(count, CONFIG_PATH, out); });
+        std::string section;
+        copyScreenSection(count, CONFIG_PATH, section);
         if (section.empty())
             return all;
         all += section;
@@ -60,9 +62,9 @@ void checkInput(std::string_view input) {
             "every section is copied");
     if (sections == screenCount) { // a "Driver" without a blank divides the copy only
         freeList(configLines);
-        configLines = readConfigLines(configPath);
-        configState = fileState(configPath);
-        require(writeConfig() == SaveResult::Saved, "the configuration is saved");
+        openConfigFile();
+        configLines = readConfigLines(configPlace());
+        require(writeConfig().result == SaveResult::Saved, "the configuration is saved");
         require(readFile(configPath).ends_with("\n\n\n" + copy), "unchanged sections are kept");
         freeScreens();
         require(readScreens(input.size()) == shown, "the screens that are saved are read again");

@@ -9,8 +9,8 @@
 #include "base/lists.h"
 #include "base/paths.h"
 #include "config/config_lines.h"
+#include "config/pointer_line.h"
 #include "config/screen_config.h"
-#include "hwdb/pointer_devices.h"
 #include "support/temp_dir.h"
 #include "vdif/mode_timing.h"
 #include "vdif/vdif_reader.h"
@@ -30,6 +30,7 @@ struct ShippedDataTest : TempDirTest {
         pointerDevices = nullptr;
         configLines = readConfigLines(TEMPLATE_PATH);
         loadPointerDevices();
+        setUpPointer();
         ASSERT_EQ(messages(), "");
     }
 };
@@ -125,11 +126,11 @@ TEST_F(ShippedDataTest, TheScreensOfTemplateAndSampleAreOfKnownCards) {
     for (const CardEntry *card = cardList; card; card = card->next)
         cards.insert(card->name);
     for (const std::string path : {TEMPLATE_PATH, SCRCONF_SOURCE_DIR "/data/sample/Xconfig"}) {
-        ScreenConfig screen;
         int index = 0;
-        for (; parseScreenSection(path, index, screen); index++) {
-            EXPECT_TRUE(screen.card && cards.contains(screen.card->name)) << path << ", " << index;
-            EXPECT_TRUE(screen.modes && screen.depth > 0) << path << ", " << index;
+        for (; const auto screen = parseScreenSection(path, index); index++) {
+            EXPECT_TRUE(screen->card && cards.contains(screen->card->name))
+                << path << ", " << index;
+            EXPECT_TRUE(screen->modes && screen->depth > 0) << path << ", " << index;
         }
         EXPECT_GT(index, 0) << path;
     }

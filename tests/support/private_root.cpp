@@ -50,7 +50,7 @@ static void enterUserNamespace(uid_t id) {
 }
 
 // Where the machine forbids mounts the program runs without the folders that they would give.
-static void enterPrivateRoot(const fs::path &root, User user) {
+void enterPrivateRoot(const fs::path &root, User user) {
     const uid_t id = user == User::ROOT ? 0 : NOBODY_ID;
     if (geteuid() != 0)
         enterUserNamespace(id);

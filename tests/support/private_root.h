@@ -2,6 +2,8 @@
 // paths are files of the test. Entering one takes root or a user namespace of one's own.
 #pragma once
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -23,6 +25,9 @@ struct RunResult {
 // False on a machine that gives the tests neither root nor a user namespace.
 bool canEnterPrivateRoot();
 
+// Makes the private root this process's own and the user its user.
+void enterPrivateRoot(const std::filesystem::path &root, User user);
+
 // Runs the program without a terminal and with no input; after 30 s SIGALRM ends it. Its output
 // goes through the files "output" and "errors" in the current directory; what stands there as a
 // link that leads nowhere is closed.
@@ -33,6 +38,17 @@ RunResult runInPrivateRoot(const std::filesystem::path &root, const Arguments &a
 // environment is TERM, LANG, HOME and the sanitizers' options; nothing is inherited.
 [[noreturn]] void executeInPrivateRoot(const std::filesystem::path &root, Arguments arguments,
                                        Settings settings, User user);
+
+// Does `act` in the private root in a process of its own, which ends with it.
+template <typename Act>
+pid_t forkInPrivateRoot(const std::filesystem::path &root, User user, Act act) {
+    const pid_t process = fork();
+    if (process != 0)
+        return process;
+    enterPrivateRoot(root, user);
+    act();
+    _exit(0);
+}
 
 // The exit status of a wait status, as a shell gives it.
 int shellStatus(int waitStatus);

@@ -137,8 +137,12 @@ void TerminalTest::press(std::string_view keys) {
 }
 
 void TerminalTest::send(const std::string &bytes) {
-    ASSERT_EQ(write(master, bytes.data(), bytes.size()), std::ssize(bytes));
+    type(bytes);
     settle(bytes);
+}
+
+void TerminalTest::type(const std::string &bytes) {
+    ASSERT_EQ(write(master, bytes.data(), bytes.size()), std::ssize(bytes));
 }
 
 void TerminalTest::resize(unsigned short newLines, unsigned short newColumns) {

@@ -37,6 +37,9 @@ class TerminalTest : public TempDirTest {
     // Sends bytes all at once; the program may have ended, or end amid them.
     void send(const std::string &bytes);
 
+    // Sends bytes without waiting for what becomes of them.
+    void type(const std::string &bytes);
+
     void resize(unsigned short newLines, unsigned short newColumns);
 
     // Takes the terminal away: the program reads an end of input.
@@ -69,9 +72,10 @@ class TerminalTest : public TempDirTest {
     pid_t program = 0;         // 0: none was started
     int slave = -1;            // the program's end of the terminal
 
+    void settle(const std::string &cause); // waits until the program rests
+
   private:
     void stage();
-    void settle(const std::string &cause);
     bool feed(int wait);
 
     std::unique_ptr<VTerm, decltype(&vterm_free)> emulator{nullptr, vterm_free};

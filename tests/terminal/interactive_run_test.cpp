@@ -1,8 +1,4 @@
 // Whole runs on the shipped data and the sample configuration, from the first screen to the file.
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <algorithm>
 
 #include "support/terminal.h"
@@ -78,26 +74,19 @@ TEST_F(InteractiveRunTest, ThePreviousMenuAndQuittingChangeNothing) {
     EXPECT_EQ(readFile(config), sample);
 }
 
-// Either way the notice leads back to the main menu, and what was chosen there is not lost.
-TEST_F(InteractiveRunTest, ASaveGivesWayToAnotherOneAndToAChangedConfiguration) {
+// The notice leads back to the main menu, and what was chosen there is not lost.
+TEST_F(InteractiveRunTest, ASaveGivesWayToAChangedConfiguration) {
     const std::string changed =
         "   │   /etc/X11/Xconfig has changed since it was read          │\n";
-    start();
-    const int lock = open(config.parent_path().c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_EQ(flock(lock, LOCK_SH), 0);
-    press("<Enter><Down><Down><Enter>");
-    EXPECT_EQ(rows(4, 4), "   │   Another save is running          │\n");
-    writeFile(config, sample + "#"); // the lock counts first
-    press("<Enter><Enter>");
-    EXPECT_EQ(rows(4, 4), "   │   Another save is running          │\n");
-    close(lock);
-    press("<Enter><Enter>");
-    EXPECT_EQ(rows(4, 4), changed);
-    EXPECT_EQ(readFile(config), sample + "#");
     const std::function<void()> changes[] = {
         [&] { fs::remove(config); },
         [&] { writeFile(config, ""); }, // after a start without it
         [&] { fs::last_write_time(config, fs::file_time_type()); },
+        [&] { // the same size and time
+            const auto time = fs::last_write_time(config);
+            writeFile(config, std::string(fs::file_size(config), '#'));
+            fs::last_write_time(config, time);
+        },
         [&] { // another file of the same size and time
             const fs::path other = root / "tmp/other";
             fs::copy_file(config, other);
@@ -124,6 +113,34 @@ TEST_F(InteractiveRunTest, ASaveGivesWayToAnotherOneAndToAChangedConfiguration) 
     press("<Enter>");
     EXPECT_EQ(rows(4, 4),
               "   │   ..." + std::string(33, 'x') + " has changed since it was read      │\n");
+}
+
+TEST_F(InteractiveRunTest, WhatASaveDropsIsToldBeforeAndAfterIt) {
+    errorsToFile = true;
+    const std::string text = "free\nDriver a\n", saved = "\n\n\nDriver a\n",
+                      longPath = "/tmp/" + std::string(90, 'x');
+    const auto check = [&](const std::string &path, const std::string &notice,
+                           const std::string &told) {
+        start({path});
+        EXPECT_EQ(rows(22, 22), " " + notice + "\n");
+        press("<Enter><Down><Down><Enter>");
+        EXPECT_EQ(exitStatus(), 0);
+        EXPECT_EQ(readFile("errors"), told);
+        EXPECT_EQ(readFile(root / path.substr(1)), saved);
+    };
+    writeFile(root / "tmp/kept", text);
+    fs::create_symlink("kept", root / "tmp/link");
+    check("/tmp/link", "A save drops 1 line of this file; what the link leads to stays.",
+          "Dropped 1 line of the old Xconfig, to which /tmp/link was a link\n");
+    check("/tmp/kept", "A save drops 1 line of this file; it is kept as /tmp/kept.~1~.",
+          "Dropped 1 line of the old Xconfig, which is kept as /tmp/kept.~1~\n");
+    writeFile(root / longPath.substr(1), "more\n" + text);
+    check(longPath,
+          "A save drops 2 lines of this file; it is kept as ..." + std::string(19, 'x') + ".~1~.",
+          "Dropped 2 lines of the old Xconfig, which is kept as " + longPath + ".~1~\n");
+    EXPECT_EQ(readFile(root / "tmp/kept.~1~"), text);
+    writeFile(korvel / "scrconf/Xconfig.tmpl", "Driver a\n");
+    check("/tmp/new", "There is no /tmp/new yet: a template stands in.", "");
 }
 
 TEST_F(InteractiveRunTest, TheTemplateStandsInAndGetsTheFontsOfTheMachine) {

@@ -1,0 +1,207 @@
+// What an unprivileged user, a stopped terminal or an ordinary day does to a run.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/inotify.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <termios.h>
+
+#include <chrono>
+#include <csignal>
+#include <string_view>
+
+#include "support/terminal.h"
+
+namespace fs = std::filesystem;
+
+static constexpr int TRIES = 10;
+static constexpr const char *CONFIG_TEXT = "LogFile /root's\nDriver one\n";
+
+struct AttacksTest : TerminalTest {
+    void SetUp() override {
+        errorsToFile = true;
+        writeFile(config, CONFIG_TEXT);
+        fs::create_directories(home);
+        EXPECT_EQ(chown(home.c_str(), 65534, 65534), 0);
+        if (geteuid() != 0)
+            GTEST_SKIP() << "two users take root";
+    }
+    ~AttacksTest() override { endAttack(); }
+    // Lets nobody do `act` on its own, from the moment it says that it is ready.
+    template <typename Act> void attack(Act act) {
+        int ready[2];
+        ASSERT_EQ(pipe(ready), 0);
+        attacker = forkInPrivateRoot("root", User::NOBODY, [&] { act([&] { close(ready[1]); }); });
+        close(ready[1]);
+        char byte;
+        EXPECT_EQ(read(ready[0], &byte, 1), 0); // its end is closed
+        close(ready[0]);
+    }
+    void endAttack() {
+        if (attacker > 0) {
+            kill(attacker, SIGKILL);
+            waitpid(attacker, nullptr, 0);
+        }
+        attacker = 0;
+    }
+    // A root of nobody's own file at a place of its own.
+    void writeAsNobody(const fs::path &path, std::string_view text) {
+        writeFile(path, text);
+        EXPECT_EQ(chown(path.c_str(), 65534, 65534), 0);
+    }
+    int save(const Arguments &arguments = {}) {
+        start(arguments);
+        press("<Enter><Down><Down><Enter>");
+        return ended() ? exitStatus() : -1;
+    }
+    const fs::path home = root / "home";
+    pid_t attacker = 0;
+};
+
+// Waits for an event of this kind on a name in the folder that begins with `name`.
+static void watchFor(const char *folder, std::uint32_t kind, std::string_view name,
+                     const auto &ready) {
+    const int watch = inotify_init();
+    inotify_add_watch(watch, folder, kind);
+    ready();
+    alignas(inotify_event) char events[4096];
+    for (ssize_t size; (size = read(watch, events, sizeof events)) > 0;)
+        for (char *at = events; at < events + size;) {
+            const auto *event = reinterpret_cast<inotify_event *>(at);
+            if (std::string_view(event->name).starts_with(name))
+                return;
+            at += sizeof *event + event->len;
+        }
+}
+
+TEST_F(AttacksTest, AFolderThatIsSwappedAmidTheSave) {
+    for (int n = 0; n < TRIES; n++) {
+        fs::remove_all(home / "x11");
+        fs::remove_all(home / "mine");
+        writeAsNobody(home / "x11/Xconfig", "Driver nobody's\n");
+        attack([](const auto &ready) {
+            watchFor("/etc/X11", IN_CREATE, "Xconfig.tmp", ready);
+            rename("/home/x11", "/home/mine");
+            std::ignore = symlink("/etc/X11", "/home/x11");
+        });
+        save({"/home/x11/Xconfig"});
+        endAttack();
+        ASSERT_EQ(readFile(config), CONFIG_TEXT) << "try " << n;
+    }
+}
+
+TEST_F(AttacksTest, ADocumentWhoseNewVersionIsSwapped) {
+    const fs::path secret = root / "etc/secret";
+    for (int n = 0; n < TRIES; n++) {
+        writeFile(secret, "root's");
+        chmod(secret.c_str(), 0600);
+        fs::remove(home / "trap");
+        fs::create_hard_link(secret, home / "trap");
+        writeAsNobody(home / "document", std::string(100'000, '\n'));
+        attack([](const auto &ready) {
+            watchFor("/home", IN_CLOSE_WRITE | IN_MODIFY, "document.", ready);
+            for (const auto &file : fs::directory_iterator("/home"))
+                if (file.path().filename().string().starts_with("document."))
+                    rename("/home/trap", file.path().c_str());
+        });
+        run({"-l", "/home/document"});
+        endAttack();
+        struct stat owned = {};
+        stat(secret.c_str(), &owned);
+        ASSERT_EQ(owned.st_uid, 0u) << "try " << n;
+        ASSERT_EQ(owned.st_mode & 0777, 0600u);
+    }
+}
+
+// What others may open locks nobody out; the file of a save that runs does.
+TEST_F(AttacksTest, ALockOfAnybody) {
+    for (const char *path : {"/etc/X11", "/etc/X11/Xconfig", "/etc/X11/Xconfig.tmp"}) {
+        if (path == temporary.string().substr(temporary.string().find("/etc/X11")))
+            writeFile(temporary, "rest");
+        attack([path](const auto &ready) {
+            flock(open(path, O_RDONLY), LOCK_EX);
+            ready();
+            pause();
+        });
+        EXPECT_EQ(save(), 0) << path;
+        endAttack();
+    }
+    const int other = open(temporary.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_EQ(flock(other, LOCK_EX), 0);
+    EXPECT_EQ(save(), -1);
+    EXPECT_EQ(rows(4, 4), "   │   Another save is running          │\n");
+    close(other);
+    press("<Enter><Enter>");
+    EXPECT_EQ(exitStatus(), 0); // of a save that is dead now
+}
+
+TEST_F(AttacksTest, ControlBytesNeverReachTheTerminal) {
+    errorsToFile = false;
+    const std::string control = "/\033[31m\x9b\xc2\x9b\177\u00e9\r/x";
+    start({control});
+    EXPECT_NE(screen().find("Cannot open the folder of /?[31m???\u00e9?/x: No such file"),
+              std::string::npos)
+        << screen();
+    writeFile(korvel / "scrconf/CardInfo", "Class x\nCard\033c\n");
+    start({"-lt"});
+    EXPECT_EQ(rows(0, 0), "  1. Card?c\n");
+    start({}, {"TERM=\033c"});
+    EXPECT_EQ(rows(0, 0), "Error opening terminal: ?c.\n");
+    EXPECT_EQ(exitStatus(), 1);
+    EXPECT_EQ(run({control}).errors, "\nFatal error:\nCannot open the folder of " + control +
+                                         ": No such file or directory\n\n");
+}
+
+TEST_F(AttacksTest, ASignalEndsARunWhoseTerminalTakesNoOutput) {
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+        hangsUp = true;
+        start();
+        termios before = {}, modes = {};
+        press("<Enter>");
+        tcgetattr(slave, &modes);
+        tcflow(slave, TCOOFF);
+        type("\r\r");
+        const std::string state = "/proc/" + std::to_string(program) + "/syscall";
+        waitUntil([&] { return readFile(state).starts_with("1 "); }, "no write waits"); // SYS_write
+        const auto from = std::chrono::steady_clock::now();
+        kill(program, number);
+        waitUntil([&] { return ended(); }, "the signal has no effect");
+        EXPECT_LT(std::chrono::steady_clock::now() - from, std::chrono::seconds(1));
+        tcgetattr(slave, &before);
+        EXPECT_TRUE(!(modes.c_lflag & ICANON) && before.c_lflag & ICANON && before.c_oflag & OPOST);
+        EXPECT_EQ(exitStatus(), 1);
+    }
+}
+
+TEST_F(AttacksTest, AFileThatGrowsTooLargeIsAnErrorOfItsWrite) {
+    writeFile(config, CONFIG_TEXT + std::string(4000, '#'));
+    rlimit limit = {};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small = {1000, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_EQ(save(), 1);
+    EXPECT_EQ(readFile("errors"), "\nFatal error:\nCannot write new Xconfig /etc/X11/Xconfig.tmp: "
+                                  "File too large\n\n");
+    EXPECT_EQ(run({"-lh", "/page"}).errors, "cannot write file /page: File too large\n");
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+TEST_F(AttacksTest, ARunThatWasStoppedIsPaintedAnew) {
+    start();
+    press("<Enter>");
+    const std::string before = screen();
+    termios raw = {}, cooked = {};
+    tcgetattr(slave, &raw);
+    kill(program, SIGSTOP);
+    waitpid(program, nullptr, WUNTRACED);
+    cooked = raw;
+    cooked.c_lflag |= ICANON | ECHO;
+    tcsetattr(slave, TCSANOW, &cooked); // as a shell does
+    ASSERT_EQ(write(slave, "\033[2Jjunk", 8), 8);
+    kill(program, SIGCONT);
+    settle("the stop");
+    EXPECT_EQ(screen(), before);
+    tcgetattr(slave, &cooked);
+    EXPECT_EQ(cooked.c_lflag, raw.c_lflag);
+}
