@@ -4,6 +4,7 @@
 #include <grp.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -49,12 +50,20 @@ static void enterUserNamespace(uid_t id) {
     writeFile("/proc/self/gid_map", inside + group + " 1");
 }
 
+// False in a plain chroot: a namespace of its own would not help there, and would put what is
+// outside of the chroot before the names of open files.
+static bool rootIsMount() {
+    struct statx status = {};
+    return statx(AT_FDCWD, "/", 0, STATX_TYPE, &status) == 0 &&
+           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 // Where the machine forbids mounts the program runs without the folders that they would give.
 void enterPrivateRoot(const fs::path &root, User user) {
     const uid_t id = user == User::ROOT ? 0 : NOBODY_ID;
     if (geteuid() != 0)
         enterUserNamespace(id);
-    if (unshare(CLONE_NEWNS) == 0 && // the mount ends with the process
+    if (rootIsMount() && unshare(CLONE_NEWNS) == 0 && // the mount ends with the process
         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0)
         for (const fs::path folder : LENT_FOLDERS)
             mount(folder.c_str(), (root / folder.relative_path()).c_str(), nullptr, MS_BIND,

@@ -10,6 +10,13 @@ static constexpr const char *DUMP_PAGE =
     "HOME=\"$PWD\" chromium --headless --no-sandbox --disable-gpu --user-data-dir=\"$PWD/browser\" "
     "--dump-dom \"file://$PWD/root/tmp/page.html\" >dom 2>browser.log";
 
+// What the browser makes of the page, told at its end.
+static constexpr const char *TELL_IMAGES =
+    "<script>onload = () => document.body.append("
+    "[...document.images].filter(image => image.naturalWidth > 0).length + ' images, ' +"
+    "[...document.querySelectorAll('td')].filter(cell => !cell.innerText.trim() &&"
+    " !cell.querySelector('img')).length + ' empty cells')</script>";
+
 using CatalogueRunTest = TerminalTest;
 
 static std::ptrdiff_t countOf(const std::string &text, const std::string &pattern) {
@@ -17,11 +24,13 @@ static std::ptrdiff_t countOf(const std::string &text, const std::string &patter
     return std::distance(std::sregex_iterator(text.begin(), text.end(), regex), {});
 }
 
-TEST_F(CatalogueRunTest, ABrowserShowsARowPerCard) {
+TEST_F(CatalogueRunTest, ABrowserShowsARowPerCardWithItsMarks) {
     if (std::system("command -v chromium >/dev/null") != 0)
         GTEST_SKIP() << "chromium is not installed";
     const RunResult page = run({"-lh", "/tmp/page.html"});
     ASSERT_EQ(page.errors, "");
+    fs::copy(SCRCONF_SOURCE_DIR "/data/images", root / "images"); // beside the page's folder
+    writeFile(root / "tmp/page.html", readFile(root / "tmp/page.html") + TELL_IMAGES);
     ASSERT_EQ(std::system(DUMP_PAGE), 0) << readFile("browser.log");
     const std::string dom = readFile("dom");
     const auto cards = countOf(run({"-lt"}).output, "\n");
@@ -33,6 +42,12 @@ TEST_F(CatalogueRunTest, ABrowserShowsARowPerCard) {
                            "(\\s*<td( align=\"CENTER\")?><(br|img [^>]*)></td>){24}\\s*</tr>"),
               cards);
     EXPECT_EQ(countOf(dom, "<td[ >]"), 26 * cards);
+    const auto marks = countOf(dom, "check\\.xbm");
+    EXPECT_GT(marks, cards);
+    EXPECT_NE(dom.find(std::to_string(marks + 1) + " images, " + // and the logo
+                       std::to_string(24 * cards - marks) + " empty cells"),
+              std::string::npos)
+        << dom.substr(dom.size() - 200);
 }
 
 TEST_F(CatalogueRunTest, AFatalErrorLeavesTheDocumentAndTheUnfinishedFile) {
