@@ -14,8 +14,8 @@ static constexpr int TAG_DUMMY = 0x10, TAG_ESTABLISHED_III = 0xf7, TAG_STANDARD 
                      TAG_NAME = 0xfc, TAG_RANGE = 0xfd, TAG_SERIAL = 0xff;
 static constexpr int EXTENSION_CTA = 0x02, EXTENSION_BLOCK_MAP = 0xf0;
 
-// From the highest bit of the first byte on; an empty name is that of a maker's own timing or of
-// none. Those of bytes 35 to 37, 3.8.
+// A bit each, from the highest one of the first byte on: those of bytes 35 to 37, 3.8. The bits
+// behind them are the maker's own.
 static constexpr auto ESTABLISHED = std::to_array<std::string_view>(
     {"720x400@70", "720x400@88", "640x480@60", "640x480@67", "640x480@72", "640x480@75",
      "800x600@56", "800x600@60", "800x600@72", "800x600@75", "832x624@75", "1024x768@43i",
@@ -93,7 +93,7 @@ static std::string decodeText(EdidBytes text) {
 }
 
 static void addListed(Edid &edid, std::string_view name) {
-    if (!name.empty() && std::ranges::find(edid.listed, name) == edid.listed.end())
+    if (std::ranges::find(edid.listed, name) == edid.listed.end())
         edid.listed.emplace_back(name);
 }
 

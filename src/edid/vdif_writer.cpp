@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <iterator>
 
 #include "edid/library_timings.h"
 
-static constexpr double MM_PER_INCH = 25.4;
+static constexpr std::int64_t INCH = 254;                                  // tenths of a millimetre
 static constexpr std::int64_t LINE_TIME_MIN = 2000, LINE_TIME_MAX = 65535; // ns
 static constexpr std::int64_t FRAME_TIME_MAX = 65535;                      // µs
 static constexpr std::int64_t CHARACTER_WIDTH_MAX = 9;                     // pixels
@@ -153,6 +152,15 @@ static void addDecimal(std::string &text, const char *key, std::int64_t thousand
     addLine(text, key, std::to_string(thousandths / 1000) + "." + decimals);
 }
 
+// The diagonal in whole inches: each begins half an inch before it.
+static std::int64_t diagonalInches(const Edid &edid) {
+    const std::int64_t square = 100LL * (edid.width * edid.width + edid.height * edid.height);
+    std::int64_t inches = 0;
+    for (std::int64_t next = INCH / 2; next * next <= square; next += INCH)
+        inches++;
+    return inches;
+}
+
 static void addDescription(std::string &text, const Edid &edid) {
     char code[5];
     std::snprintf(code, sizeof code, "%04X", static_cast<unsigned>(edid.product) & 0xffff);
@@ -164,7 +172,7 @@ static void addDescription(std::string &text, const Edid &edid) {
     if (!edid.serialNumber.empty())
         addText(text, "SerialNumber", edid.serialNumber);
     addLine(text, "MonitorType", edid.color ? "Color" : "Monochrome");
-    addNumber(text, "CRTSize", std::lround(std::hypot(edid.width, edid.height) / MM_PER_INCH));
+    addNumber(text, "CRTSize", diagonalInches(edid));
 }
 
 static void addLimits(std::string &text, const Edid &edid,
