@@ -1,4 +1,5 @@
-# Bash completion of the command line of scrconf(8). It needs no helper functions.
+# Bash completion of the command lines of scrconf(8) and scrconf-edid(1). It needs no helper
+# functions.
 
 _scrconf() {
     local word=${COMP_WORDS[COMP_CWORD]} index
@@ -19,3 +20,13 @@ _scrconf() {
     esac
 }
 complete -o filenames -F _scrconf scrconf
+
+# One EDID: without a letter those of the connectors are offered, else any file.
+_scrconf_edid() {
+    local word=${COMP_WORDS[COMP_CWORD]} source=(-f)
+    COMPREPLY=()
+    ((COMP_CWORD == 1)) || return
+    [ -n "$word" ] || source=(-G "/sys/class/drm/*/edid")
+    mapfile -t COMPREPLY < <(compgen "${source[@]}" -- "$word")
+}
+complete -o filenames -F _scrconf_edid scrconf-edid

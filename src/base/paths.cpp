@@ -13,6 +13,7 @@ const char *const CARD_LIST_PATH = SCRCONF_ROOT "usr/lib/X11/Korvel/scrconf/Card
 const char *const POINTER_LIST_PATH = SCRCONF_ROOT "usr/lib/X11/Korvel/scrconf/MouseInfo";
 const char *const DISPLAY_CONFIG_DIR = SCRCONF_ROOT "usr/lib/X11/Korvel/DisplayConfig/";
 const char *const TIMING_LIBRARY_PATH = SCRCONF_ROOT "usr/lib/X11/Korvel/MonitorConfig/timings.vda";
+const char *const CONNECTOR_DIR = SCRCONF_ROOT "sys/class/drm";
 const char *const VERSION_PATH = SCRCONF_ROOT "usr/lib/X11/Korvel/.version";
 const char *const FONT_FALLBACK_PATH = SCRCONF_ROOT "usr/lib/X11/Korvel/fonts";
 const std::array<const char *, 5> FONT_DIRECTORIES = {

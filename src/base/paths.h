@@ -10,6 +10,7 @@ extern const char *const CARD_LIST_PATH;      // supported cards by class
 extern const char *const POINTER_LIST_PATH;   // pointer device types
 extern const char *const DISPLAY_CONFIG_DIR;  // one folder per card class; ends in "/"
 extern const char *const TIMING_LIBRARY_PATH; // standard timings, VDIF text form
+extern const char *const CONNECTOR_DIR;       // one folder per connector of a graphics card
 extern const char *const VERSION_PATH;        // its first line is the version of the server
 extern const char *const FONT_FALLBACK_PATH;  // the server's own fonts
 extern const std::array<const char *, 5> FONT_DIRECTORIES; // searched in this order
