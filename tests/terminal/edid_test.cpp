@@ -1,5 +1,5 @@
 // scrconf-edid as a user runs it, and scrconf with the monitor file that it wrote.
-#include <sstream>
+#include <regex>
 
 #include "support/terminal.h"
 
@@ -69,13 +69,10 @@ TEST_F(EdidProgramTest, AnErrorNamesTheFileAndLeavesStandardOutputEmpty) {
 // The card has all timings of the library from 800x600 on. Those that stay need up to 108 MHz,
 // 68.7 kHz and 87 Hz.
 TEST_F(EdidProgramTest, ATubeIsOfferedNoModeBeyondItsLimits) {
-    std::istringstream table(readFile(SCRCONF_SOURCE_DIR "/tools/timings.table"));
-    std::string modes = "Modes\n";
-    int width, height, refresh;
-    for (std::string line; std::getline(table, line);)
-        if (std::sscanf(line.c_str(), "%dx%d@%d", &width, &height, &refresh) == 3 && width >= 800)
-            modes += std::to_string(width) + " " + std::to_string(height) + " 8 " +
-                     std::to_string(refresh) + " \"" + line.substr(0, line.find(' ')) + "\"\n";
+    const std::string table = readFile(SCRCONF_SOURCE_DIR "/tools/timings.table");
+    const std::regex row("(([0-9]+)x([0-9]+)@([0-9]+)[iR]?) .*");
+    const std::string modes =
+        "Modes\n" + std::regex_replace(table.substr(table.find("800x")), row, "$2 $3 8 $4 \"$1\"");
     writeFile(korvel / "scrconf/CardInfo", "Class all\nAll timings\n");
     writeFile(korvel / "DisplayConfig/all/config", modes);
     connect("card0-VGA-1", "tube");
