@@ -19,10 +19,9 @@ static constexpr unsigned RUN_LIMIT = 30; // s
 static constexpr uid_t NOBODY_ID = 65534;
 static constexpr int STATUS_NOT_ENTERED = 126, STATUS_NO_PROGRAM = 127;
 
-// What the machine lends to a root that has a folder for it: the process's own folder of /proc,
-// where a sanitizer finds its options and the stack, and the parts of valgrind.
-static constexpr const char *LENT_FOLDERS[] = {"/proc/self", "/usr/libexec/valgrind",
-                                               "/usr/lib/debug"};
+// A folder of the machine that the root has as well: a sanitizer finds its options and the stack
+// there.
+static constexpr const char *LENT_FOLDER = "/proc/self";
 
 Arguments programCommand = {"/usr/sbin/scrconf"};
 
@@ -65,9 +64,7 @@ void enterPrivateRoot(const fs::path &root, User user) {
         enterUserNamespace(id);
     if (rootIsMount() && unshare(CLONE_NEWNS) == 0 && // the mount ends with the process
         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0)
-        for (const fs::path folder : LENT_FOLDERS)
-            mount(folder.c_str(), (root / folder.relative_path()).c_str(), nullptr, MS_BIND,
-                  nullptr);
+        mount(LENT_FOLDER, (root / "proc/self").c_str(), nullptr, MS_BIND, nullptr);
     require(chroot(root.c_str()) == 0 && chdir("/") == 0, "chroot");
     if (geteuid() != id)
         require(setgroups(0, nullptr) == 0 && setgid(id) == 0 && setuid(id) == 0, "setuid");

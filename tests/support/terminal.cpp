@@ -22,7 +22,7 @@ static constexpr const char *STAGE_COMMAND =
 
 static const std::map<std::string, std::string> NAMED_KEYS = {
     {"<Up>", "\033OA"}, {"<Down>", "\033OB"}, // in keypad mode
-    {"<Enter>", "\r"},  {"<Esc>", "\033"},    {"<Space>", " "}, {"<Backspace>", "\b"}};
+    {"<Enter>", "\r"},  {"<Esc>", "\033"},    {"<Space>", " "}, {"<Erase>", "\b"}};
 static constexpr const char *KEYPAD_MODE = "\033[?1h"; // not on a Linux console
 
 // Of a terminal this also makes the kernel deliver what the other side has written before.
@@ -128,13 +128,21 @@ RunResult TerminalTest::run(const Arguments &arguments, const Settings &settings
 
 void TerminalTest::press(std::string_view keys) {
     while (!keys.empty()) {
-        const std::string key(keys.substr(0, keys[0] == '<' ? keys.find('>') + 1 : 1));
+        std::string key(keys.substr(0, keys[0] == '<' ? keys.find('>') + 1 : 1));
         keys.remove_prefix(key.size());
-        ASSERT_FALSE(ended()) << "the program ended before " << key << "; screen:\n" << screen();
+        int times = 1;
+        if (const auto star = key.find('*'); star != key.npos && key.size() > 1) {
+            times = std::atoi(key.c_str() + star + 1);
+            key.replace(star, key.npos, ">");
+        }
         std::string bytes = key.size() == 1 ? key : NAMED_KEYS.at(key);
         if (bytes.size() == 3 && output.find(KEYPAD_MODE) == output.npos)
             bytes[1] = '[';
-        send(bytes);
+        for (; times > 0; times--) {
+            ASSERT_FALSE(ended()) << "the program ended before " << key << "; screen:\n"
+                                  << screen();
+            send(bytes);
+        }
     }
 }
 

@@ -31,7 +31,7 @@ class TerminalTest : public TempDirTest {
                   User user = User::ROOT);
 
     // Sends keys one by one: a character, or "<Up>", "<Down>", "<Enter>", "<Esc>", "<Space>" or
-    // "<Backspace>" (8).
+    // "<Erase>" (control-H); "<Down*3>" three times.
     void press(std::string_view keys);
 
     // Sends bytes all at once; the program may have ended, or end amid them.

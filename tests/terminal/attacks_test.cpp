@@ -1,4 +1,4 @@
-// What an unprivileged user, a stopped terminal or an ordinary day does to a run.
+// What an unprivileged user, a terminal or an ordinary day does to a run.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <string_view>
 
 #include "support/terminal.h"
@@ -45,7 +46,6 @@ struct AttacksTest : TerminalTest {
         }
         attacker = 0;
     }
-    // A root of nobody's own file at a place of its own.
     void writeAsNobody(const fs::path &path, std::string_view text) {
         writeFile(path, text);
         EXPECT_EQ(chown(path.c_str(), 65534, 65534), 0);
@@ -117,7 +117,7 @@ TEST_F(AttacksTest, ADocumentWhoseNewVersionIsSwapped) {
 // What others may open locks nobody out; the file of a save that runs does.
 TEST_F(AttacksTest, ALockOfAnybody) {
     for (const char *path : {"/etc/X11", "/etc/X11/Xconfig", "/etc/X11/Xconfig.tmp"}) {
-        if (path == temporary.string().substr(temporary.string().find("/etc/X11")))
+        if (std::string_view(path).ends_with(".tmp"))
             writeFile(temporary, "rest");
         attack([path](const auto &ready) {
             flock(open(path, O_RDONLY), LOCK_EX);
@@ -153,25 +153,49 @@ TEST_F(AttacksTest, ControlBytesNeverReachTheTerminal) {
                                          ": No such file or directory\n\n");
 }
 
-TEST_F(AttacksTest, ASignalEndsARunWhoseTerminalTakesNoOutput) {
-    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-        hangsUp = true;
+// Where a key is waited for, and where the terminal takes no output. Then there is no telling why.
+TEST_F(AttacksTest, ASignalEndsTheRunAndGivesTheTerminalBack) {
+    hangsUp = true;
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
+        for (const char *keys : {"", "<Enter>", "<Enter><Down><Enter><Enter>", "stuck"}) {
+            const bool stuck = keys == std::string_view("stuck");
+            start();
+            press(stuck ? "<Enter>" : keys);
+            termios raw = {}, modes = {};
+            tcgetattr(slave, &raw);
+            if (stuck) {
+                tcflow(slave, TCOOFF);
+                type("\r\r");
+                const std::string call = "/proc/" + std::to_string(program) + "/syscall";
+                waitUntil([&] { return readFile(call).starts_with("1 "); }, "no write waits");
+            }
+            const auto from = std::chrono::steady_clock::now();
+            kill(program, number);
+            waitUntil([&] { return ended(); }, "the signal has no effect");
+            EXPECT_LT(std::chrono::steady_clock::now() - from, std::chrono::seconds(1));
+            EXPECT_EQ(exitStatus(), 1);
+            tcgetattr(slave, &modes);
+            EXPECT_TRUE(!(raw.c_lflag & ICANON) && modes.c_lflag & ICANON && modes.c_lflag & ECHO &&
+                        modes.c_oflag & OPOST);
+            EXPECT_EQ(readFile("errors"), stuck
+                                              ? ""
+                                              : std::string("\nFatal error:\nEnded by a signal: ") +
+                                                    strsignal(number) + "\n\n");
+        }
+}
+
+TEST_F(AttacksTest, TheEndOfInputEndsTheRun) {
+    rusage before = {}, after = {};
+    getrusage(RUSAGE_CHILDREN, &before);
+    for (const char *keys : {"", "<Enter>", "<Enter><Down><Enter><Enter>"}) {
         start();
-        termios before = {}, modes = {};
-        press("<Enter>");
-        tcgetattr(slave, &modes);
-        tcflow(slave, TCOOFF);
-        type("\r\r");
-        const std::string state = "/proc/" + std::to_string(program) + "/syscall";
-        waitUntil([&] { return readFile(state).starts_with("1 "); }, "no write waits"); // SYS_write
-        const auto from = std::chrono::steady_clock::now();
-        kill(program, number);
-        waitUntil([&] { return ended(); }, "the signal has no effect");
-        EXPECT_LT(std::chrono::steady_clock::now() - from, std::chrono::seconds(1));
-        tcgetattr(slave, &before);
-        EXPECT_TRUE(!(modes.c_lflag & ICANON) && before.c_lflag & ICANON && before.c_oflag & OPOST);
-        EXPECT_EQ(exitStatus(), 1);
+        press(keys);
+        closeInput();
+        EXPECT_EQ(exitStatus(), 1) << keys;
+        EXPECT_EQ(readFile("errors"), "\nFatal error:\nEnd of input\n\n");
     }
+    getrusage(RUSAGE_CHILDREN, &after);
+    EXPECT_LT(after.ru_utime.tv_sec - before.ru_utime.tv_sec, 2); // none span for it
 }
 
 TEST_F(AttacksTest, AFileThatGrowsTooLargeIsAnErrorOfItsWrite) {
@@ -204,4 +228,27 @@ TEST_F(AttacksTest, ARunThatWasStoppedIsPaintedAnew) {
     EXPECT_EQ(screen(), before);
     tcgetattr(slave, &cooked);
     EXPECT_EQ(cooked.c_lflag, raw.c_lflag);
+}
+
+TEST_F(AttacksTest, LostOutputIsAnErrorAndNeverEndsUpInAFile) {
+    const fs::path page = root / "tmp/page";
+    std::string cards = "Orphan\nClass vga\n";
+    for (int n = 0; n < 200; n++) // more than the stream holds back
+        cards += "A card of some length\n";
+    writeFile(korvel / "scrconf/CardInfo", cards);
+    const auto runInto = [&](const char *name, const char *target, const Arguments &arguments) {
+        for (const char *file : {"output", "errors"})
+            fs::remove(file);
+        fs::create_symlink(target, name);
+        return run(arguments);
+    };
+    EXPECT_EQ(runInto("output", "/dev/full", {"-lt"}).errors,
+              "Card Orphan has no class: ignored\n"
+              "standard output: No space left on device\n");
+    for (const std::string name : {"output", "errors"}) { // closed
+        const RunResult result = runInto(name.c_str(), "missing/file", {"-lh", "/tmp/page"});
+        EXPECT_EQ(result.status, name == "output" ? 1 : 0);
+        const std::string text = readFile(page);
+        EXPECT_TRUE(text.starts_with("<HTML>") && text.ends_with("</HTML>\n")) << text;
+    }
 }

@@ -1,0 +1,136 @@
+// Walks through the program: keys, then the whole screen as a person sees it, and the files that
+// are left. A walk is a text file in tests/terminal/walks, one command a line:
+//     sh COMMAND            a shell command in the private root's folder, where $SOURCE is the
+//                           source tree: makes files, and shows them by its output
+//     start [WORDS]         the program in a new terminal of the size set last; words of the form
+//                           NAME=value are its environment, the others its arguments
+//     run, nobody [WORDS]   a run without a terminal, as root or as another user; a word
+//     /usr/bin/...
+//                           in front is the program
+//     press KEYS            as TerminalTest::press
+//     size, resize LINES COLUMNS    of the next terminal, of the present one
+//     screen                shows all rows; {b:bold}, {r:reverse}, {br:both}
+//     exit                  waits for the end; shows the status, and standard error unless the
+//                           command "errors terminal" came before
+//     # ...                 comment
+// Behind a command stands what it shows, each line behind "|". SCRCONF_WALKS=update in the
+// environment writes down what is shown now.
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <sstream>
+
+#include "support/terminal.h"
+
+namespace fs = std::filesystem;
+
+static const fs::path WALKS = SCRCONF_SOURCE_DIR "/tests/terminal/walks";
+
+struct WalksTest : TerminalTest, testing::WithParamInterface<std::string> {
+    void SetUp() override {
+        errorsToFile = true;
+        fs::create_directories(root / "usr/bin");
+        fs::copy_file(SCRCONF_EDID_PROGRAM, root / "usr/bin/scrconf-edid");
+    }
+    std::string perform(const std::string &command, std::istringstream &words);
+    std::string shell(const std::string &line);
+    std::string runOnce(Arguments arguments, const Settings &settings, User user);
+};
+
+// The words of a line, divided into environment and arguments.
+static std::pair<Settings, Arguments> divide(std::istringstream &words) {
+    std::pair<Settings, Arguments> divided;
+    for (std::string word; words >> word;)
+        if (word.find('=') != word.npos)
+            divided.first.push_back(word);
+        else
+            divided.second.push_back(word == "''" ? "" : word);
+    return divided;
+}
+
+std::string WalksTest::shell(const std::string &line) {
+    const std::string command =
+        "export SOURCE='" SCRCONF_SOURCE_DIR "'; cd root; exec 2>&1; " + line;
+    std::FILE *pipe = popen(command.c_str(), "r");
+    std::string text;
+    std::array<char, 4096> part;
+    while (const std::size_t size = std::fread(part.data(), 1, part.size(), pipe))
+        text.append(part.data(), size);
+    pclose(pipe);
+    return text;
+}
+
+std::string WalksTest::runOnce(Arguments arguments, const Settings &settings, User user) {
+    const Arguments usual = programCommand;
+    if (!arguments.empty() && arguments[0].starts_with("/usr/bin/")) {
+        programCommand = {arguments[0]};
+        arguments.erase(arguments.begin());
+    }
+    const RunResult result = run(arguments, settings, user);
+    programCommand = usual;
+    return "status " + std::to_string(result.status) + "\n" + result.output + result.errors;
+}
+
+// What the command shows.
+std::string WalksTest::perform(const std::string &command, std::istringstream &words) {
+    std::string rest;
+    if (command == "sh" || command == "press")
+        std::getline(words >> std::ws, rest);
+    if (command == "size")
+        words >> lines >> columns;
+    const auto [settings, arguments] = divide(words);
+    if (command == "sh")
+        return shell(rest);
+    if (command == "press")
+        press(rest);
+    if (command == "start")
+        start(arguments, settings);
+    if (command == "run" || command == "nobody")
+        return runOnce(arguments, settings, command == "run" ? User::ROOT : User::NOBODY);
+    if (command == "resize")
+        resize(static_cast<unsigned short>(std::stoi(arguments.at(0))),
+               static_cast<unsigned short>(std::stoi(arguments.at(1))));
+    if (command == "errors")
+        errorsToFile = arguments.at(0) != "terminal";
+    if (command == "screen") {
+        const std::string rows = screen();
+        return rows.substr(0, rows.find_last_not_of('\n') + 2);
+    }
+    if (command == "exit")
+        return "status " + std::to_string(exitStatus()) + "\n" +
+               (errorsToFile ? readFile("errors") : "");
+    return "";
+}
+
+TEST_P(WalksTest, ShowsWhatIsWrittenThere) {
+    const fs::path path = WALKS / (GetParam() + ".walk");
+    const std::string expected = readFile(path);
+    std::istringstream walk(expected);
+    std::string shown;
+    for (std::string line; std::getline(walk, line) && !HasFatalFailure();) {
+        if (line.starts_with('|'))
+            continue;
+        shown += line + "\n";
+        std::istringstream words(line), rows;
+        std::string command;
+        words >> command;
+        rows.str(perform(command, words));
+        for (std::string row; std::getline(rows, row);)
+            shown += "|" + row + "\n";
+    }
+    if (std::getenv("SCRCONF_WALKS"))
+        writeFile(path, shown);
+    else
+        EXPECT_EQ(shown, expected);
+}
+
+static std::vector<std::string> walkNames() {
+    std::vector<std::string> names;
+    for (const fs::path &path : fs::directory_iterator(WALKS))
+        names.push_back(path.stem());
+    std::ranges::sort(names);
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(, WalksTest, testing::ValuesIn(walkNames()),
+                         [](const auto &walk) { return walk.param; });
