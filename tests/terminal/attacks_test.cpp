@@ -229,26 +229,3 @@ TEST_F(AttacksTest, ARunThatWasStoppedIsPaintedAnew) {
     tcgetattr(slave, &cooked);
     EXPECT_EQ(cooked.c_lflag, raw.c_lflag);
 }
-
-TEST_F(AttacksTest, LostOutputIsAnErrorAndNeverEndsUpInAFile) {
-    const fs::path page = root / "tmp/page";
-    std::string cards = "Orphan\nClass vga\n";
-    for (int n = 0; n < 200; n++) // more than the stream holds back
-        cards += "A card of some length\n";
-    writeFile(korvel / "scrconf/CardInfo", cards);
-    const auto runInto = [&](const char *name, const char *target, const Arguments &arguments) {
-        for (const char *file : {"output", "errors"})
-            fs::remove(file);
-        fs::create_symlink(target, name);
-        return run(arguments);
-    };
-    EXPECT_EQ(runInto("output", "/dev/full", {"-lt"}).errors,
-              "Card Orphan has no class: ignored\n"
-              "standard output: No space left on device\n");
-    for (const std::string name : {"output", "errors"}) { // closed
-        const RunResult result = runInto(name.c_str(), "missing/file", {"-lh", "/tmp/page"});
-        EXPECT_EQ(result.status, name == "output" ? 1 : 0);
-        const std::string text = readFile(page);
-        EXPECT_TRUE(text.starts_with("<HTML>") && text.ends_with("</HTML>\n")) << text;
-    }
-}
