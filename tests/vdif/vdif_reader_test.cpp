@@ -1,152 +1,163 @@
 #include "vdif/vdif_reader.h"
 
-#include <cstdio>
 #include <cstdlib>
+#include <iomanip>
+#include <sstream>
 
 #include "support/temp_dir.h"
+#include "vdif/mode_timing.h"
+
+static const std::string LIBRARY_PATH = samplePath("library.vda"), LIBRARY = readFile(LIBRARY_PATH);
+
+// The library's own description and limits, and a timing that has a name and a frame rate only.
+static const std::string HEAD = LIBRARY.substr(0, LIBRARY.find("[operational")),
+                         LIMITS = LIBRARY.substr(HEAD.size(), LIBRARY.find("[PRE") - HEAD.size());
+
+static std::string timing(const std::string &name, int rate) {
+    return "[PREADJUSTED_TIMING] PreadjustedTimingName = \"" + name +
+           "\" VerFrequency = " + std::to_string(rate) + "\n";
+}
 
 struct VdifReaderTest : TempDirTest {
-    void SetUp() override { // process-wide: each case starts empty
-        defaultDescription.reset();
-        currentDescription.reset();
-        stringPool.clear();
-        unsetenv("VDIF_TRACE");
-    }
+    void SetUp() override { stringPool.clear(); }
     void TearDown() override { unsetenv("VDIF_TRACE"); }
+
+    // What is read of a monitor's file beside a library, or none: number of limits, type, gammas;
+    // the timings with their frame rates in mHz; the messages.
+    std::string read(const char *library, const std::string &text) {
+        writeFile("monitor", text);
+        defaultDescription.reset();
+        loadMonitorDescriptions(library, "monitor");
+        const VdifBlock header = headerBlock(*currentDescription);
+        std::ostringstream shown;
+        shown << fieldValue(header, HeaderField::LimitsCount) << ' '
+              << fieldValue(header, HeaderField::MonitorType) << ' '
+              << fieldValue(header, HeaderField::RedGamma) << ' '
+              << fieldValue(header, HeaderField::GreenGamma) << '\n';
+        for (std::size_t index = 0; index < timingCount(*currentDescription); index++) {
+            const VdifBlock record = timingRecord(*currentDescription, index);
+            shown << timingName(record) << ' ' << fieldValue(record, TimingField::VerFrequency)
+                  << '\n';
+        }
+        return shown.str() + messages();
+    }
 };
 
-static const std::string HEAD = "[VERSION] 1.1\n"
-                                "[MONITOR_DESCRIPTION] Date=1996/5/12; FileRevision=\"r1\"\n"
-                                "Manufacturer = \"Acme // Co\"  ModelNumber = m15\n"
-                                "SerialNumber = s7 MonitorType = Monochrome CRTSize = 15\n";
-static const std::string LIMITS =
-    "[operational_limits] MaxHorPixel = 0x500 MaxVerPixel = 1024\n"
-    "MaxHorAddrLength = 280 MaxVerAddrHeight = 210 VideoType = Analog WhiteLevel = 0.7\n"
-    "SyncType = TTL SyncConfiguration = G MaxPixelClock = 135\n"
-    "MinHorFrequency = 30 MaxHorFrequency = 64 MinVerFrequency = 50 MaxVerFrequency = 90\n";
-
-// A timing whose error number is 17: no horizontal blank and a sync pulse behind the line.
-static std::string timing(const std::string &name, const std::string &verFrequency) {
-    return "[PREADJUSTED_TIMING] VerFrequency = " + verFrequency +
-           " HorPixel = 1 HorPixel = 1280 VerPixel = 1024\nPreadjustedTimingName = \"" + name +
-           "\" HorFrequency = 31.469 PixelClock = 135 HorTotalTime = 31.778 HorSyncStart = 40\n";
-}
-
-// Beyond three limits at once.
-static const std::string TOO_MUCH =
-    timing("Fast", "91") + "PixelClock = 135.001 HorFrequency = 64.001\n";
-static const std::string LIBRARY = HEAD + LIMITS + timing("Slow", "40.5") + timing("Same", "50") +
-                                   timing("Same", "70") + timing("Half", "43") +
-                                   "ScanType = Interlaced\n" + TOO_MUCH + timing("lace", "50") +
-                                   "ScanType = Interlaced\n";
-
-// The names of the timings, each with its frame rate in mHz.
-static std::string timings(const MonitorDescription &description) {
-    std::string text;
-    for (std::size_t index = 0; index < timingCount(description); index++) {
-        const VdifBlock record = timingRecord(description, index);
-        text += std::string(timingName(record)) + " " +
-                std::to_string(fieldValue(record, TimingField::VerFrequency)) + "\n";
-    }
-    return text;
-}
-
 static std::string hex(std::string_view bytes) {
-    std::string text;
-    for (const char byte : bytes) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(byte));
-        text += digits;
-    }
-    return text;
+    std::ostringstream text;
+    text << std::hex << std::setfill('0');
+    for (const unsigned char byte : bytes)
+        text << std::setw(2) << +byte;
+    return text.str() + "\n";
 }
 
 // Every key once, each with a value of its own: the image shows where and how each is stored.
 TEST_F(VdifReaderTest, EveryFieldHasItsPlaceAndUnit) {
     const auto description = readMonitorDescription(samplePath("every-field.vda"), true);
-    EXPECT_EQ(hex(headerBlock(*description)),
-              "5644494600000000000000000200fa00cc0705000c00cb0704000b00010000000300000005000000"
-              "07000000090000000b0000000011" +
-                  std::string(84, '0') + "0100000074000000" + std::string(24, '0'));
-    EXPECT_EQ(hex(*limitsBlock(*description)),
-              "000000000000000001000200030004000402020000000600070008000900"
-              "0c000d0000000e0000000f0000001000000011000000120013000100000000000000");
-    EXPECT_EQ(hex(timingRecord(*description, 0)),
-              "00000000000000000d0000000300040009000a000b0c000200010800070000000500000006000000"
-              "10000000160000001100000012001300140015001700180019001a001b000000");
+    EXPECT_EQ(hex(headerBlock(*description)) + hex(*limitsBlock(*description)) +
+                  hex(timingRecord(*description, 0)),
+              sampleFile("every-field.vda.read"));
     EXPECT_EQ(stringPool, std::string("\0A\0B\0C\0D\0E\0F\0G\0", 15));
 }
 
 TEST_F(VdifReaderTest, MonitorGetsTheLibraryTimingsThatFit) {
-    writeFile("library", LIBRARY);
-    writeFile("monitor", HEAD + LIMITS + timing("Own", "1"));
     setenv("VDIF_TRACE", "", 1);
-    ASSERT_NE(loadMonitorDescriptions("library", "monitor"), nullptr);
-    EXPECT_EQ(timings(*currentDescription), "Own 1000\nSame 50000\nSame 70000\nHalf 43000\n");
-    EXPECT_EQ(messages(), "Test: Mode Slow \nBelow Minimum Vertical Frequency\n"
-                          "Test: Mode Same \nPreAdjustedTiming Same: error number 17\n"
-                          "Test: Mode Same \nPreAdjustedTiming Same: error number 17\n"
-                          "Test: Mode Half \nPreAdjustedTiming Half: error number 17\n"
-                          "Test: Mode Fast \nAbove Maximum Horizontal Frequency\n"
-                          "Above Maximum Vertical Frequency\nAbove Maximum Bandwidth\n"
-                          "Test: Mode lace \nAbove Maximum Vertical Frequency\n");
-    const std::string library = timings(*defaultDescription);
-    EXPECT_EQ(library, "Slow 40500\nSame 50000\nSame 70000\nHalf 43000\nFast 91000\nlace 50000\n");
-    EXPECT_EQ(timings(*loadMonitorDescriptions("library", "library")), library);
-    EXPECT_EQ(loadMonitorDescriptions("library", nullptr), defaultDescription.get());
+    EXPECT_EQ(read(LIBRARY_PATH.c_str(), HEAD + LIMITS + timing("Own", 1)),
+              sampleFile("library.vda.fit"));
+    EXPECT_EQ(timingCount(*defaultDescription), 6u);
+    EXPECT_EQ(loadMonitorDescriptions(LIBRARY_PATH.c_str(), nullptr), defaultDescription.get());
+    EXPECT_EQ(timingCount(*loadMonitorDescriptions(LIBRARY_PATH.c_str(), LIBRARY_PATH.c_str())),
+              6u);
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(VdifReaderTest, EstablishedTimingsAreTheOnlyOnesTaken) {
-    const std::string established = LIMITS + "[ESTABLISHED_TIMINGS] \"lace\", \"Same\" \"Slow\"\n";
-    writeFile("library", LIBRARY);
-    writeFile("monitor", HEAD + established + timing("Own", "1"));
-    writeFile("gamma", HEAD + established + "[GAMMA_TABLE_ENTRIES]\n" + timing("Own", "1"));
-    writeFile("misspelt", HEAD + established + "slow \"Half\"" + timing("Own", "1"));
-    loadMonitorDescriptions("library", "monitor");
-    EXPECT_EQ(timings(*currentDescription), "lace 50000\nSame 50000\nSlow 40500\nOwn 1000\n");
-    const std::string reports = "PreAdjustedTiming lace: error number 17\n"
-                                "PreAdjustedTiming Same: error number 17\n"
-                                "PreAdjustedTiming Slow: error number 17\n";
-    EXPECT_EQ(messages(), reports);
-    loadMonitorDescriptions("library", "gamma");
-    EXPECT_EQ(timings(*currentDescription), "lace 50000\nSame 50000\nSlow 40500\n");
-    EXPECT_EQ(messages(), reports);
-    loadMonitorDescriptions("library", "misspelt");
-    EXPECT_EQ(timings(*currentDescription), "lace 50000\nSame 50000\nSlow 40500\n");
-    EXPECT_EQ(messages(), reports + "Can't find established timing SLOW\n");
-    defaultDescription.reset();
-    EXPECT_EQ(timings(*loadMonitorDescriptions(nullptr, "monitor")), "");
-    EXPECT_EQ(messages(), "Can't find established timing lace\n");
+// What was read so far counts; the timings that a monitor lists are the only ones of the library.
+TEST_F(VdifReaderTest, ReadingEndsWhereTheFormatIsLeft) {
+    const char *library = LIBRARY_PATH.c_str();
+    const std::string incomplete = "Invalid VDIF FILE monitor, missing Operational Limits\n",
+                      listing =
+                          HEAD + LIMITS + "[ESTABLISHED_TIMINGS] \"lace\", \"Same\" \"Slow\"\n",
+                      listed = "1 0 0 0\nlace 50000\nSame 50000\nSlow 40500\n",
+                      report = "PreAdjustedTiming Same: error number 17\n", one = timing("One", 1),
+                      two = timing("Two", 2);
+    const std::tuple<const char *, std::string, std::string> cases[] = {
+        {nullptr, "", "0 0 0 0\n" + incomplete},
+        {nullptr, "[VERSION] 1.1 [MONITOR_DESCRIPTION] Date=1.5.12", "0 0 0 0\n" + incomplete},
+        {nullptr, HEAD + LIMITS + one + "[GAMMA_TABLE_ENTRIES]" + two, "1 0 0 0\nOne 1000\n"},
+        {nullptr, HEAD + LIMITS + one + LIMITS + two, "1 0 0 0\nOne 1000\n"},
+        {nullptr, HEAD + LIMITS + "[PREADJUSTED_TIMING] VerFrequency = $" + two, "1 0 0 0\n 0\n"},
+        {nullptr, HEAD + "RedPhosphorDecay=1 BorderRed=2 GreenGamma=2.2\n" + LIMITS,
+         "1 1 1000 0\n"},
+        {nullptr, HEAD + "Phosphor1Decay = 1 [OPERATIONAL_LIMITS] MaxVerPixel = 1",
+         "1 0 0 0\n" + incomplete},
+        {nullptr, HEAD + LIMITS.substr(0, LIMITS.find("MinVer")) + one,
+         "1 0 0 0\nOne 1000\n" + incomplete},
+        {nullptr, listing, "1 0 0 0\nCan't find established timing lace\n"},
+        {library, listing + one, listed + "One 1000\n" + report},
+        {library, listing + "[GAMMA_TABLE_ENTRIES]\n" + one, listed + report},
+        {library, listing + "slow \"Half\"" + one,
+         listed + report + "Can't find established timing SLOW\n"}};
+    for (const auto &[beside, text, shown] : cases)
+        EXPECT_EQ(read(beside, text), shown) << text;
 }
 
-TEST_F(VdifReaderTest, ReadingEndsWhereTheFormatIsLeftAndTheRestStays) {
-    const std::string incomplete = "Invalid VDIF FILE monitor, missing Operational Limits\n";
-    const std::string one = timing("One", "1"), two = timing("Two", "2");
-    const struct {
-        std::string text;
-        std::uint64_t limits, type, gamma;
-        std::string timings, messages;
-    } cases[] = {
-        {"", 0, 0, 0, "", incomplete},
-        {"[VERSION] 1.1 [MONITOR_DESCRIPTION] Date = 1996.5.12", 0, 0, 0, "", incomplete},
-        {HEAD + LIMITS + one + "[GAMMA_TABLE_ENTRIES]" + two, 1, 0, 0, "One 1000\n", ""},
-        {HEAD + LIMITS + one + LIMITS + two, 1, 0, 0, "One 1000\n", ""},
-        {HEAD + LIMITS + "[PREADJUSTED_TIMING] VerFrequency = $" + two, 1, 0, 0, " 0\n", ""},
-        {HEAD + "RedPhosphorDecay=1 BorderRed=2 GreenGamma=2.2\n" + LIMITS, 1, 1, 1000, "", ""},
-        {HEAD + "Phosphor1Decay = 1 [OPERATIONAL_LIMITS] MaxVerPixel = 1", 1, 0, 0, "", incomplete},
-        {HEAD + LIMITS.substr(0, LIMITS.find("MinVer")) + one, 1, 0, 0, "One 1000\n", incomplete},
-    };
-    for (const auto &given : cases) {
-        SCOPED_TRACE(given.text);
-        writeFile("monitor", given.text);
-        const auto description = readMonitorDescription("monitor", false);
-        const VdifBlock header = headerBlock(*description);
-        EXPECT_EQ(fieldValue(header, HeaderField::LimitsCount), given.limits);
-        EXPECT_EQ(fieldValue(header, HeaderField::MonitorType), given.type);
-        EXPECT_EQ(fieldValue(header, HeaderField::RedGamma), given.gamma);
-        EXPECT_EQ(fieldValue(header, HeaderField::GreenGamma), 0u);
-        EXPECT_EQ(timings(*description), given.timings);
-        EXPECT_EQ(messages(), given.messages);
+struct ModeTimingTest : VdifReaderTest {
+    // The mode of a timing in the file vga60.vda with more text at its end, where each value takes
+    // the place of the one above, and with the messages; `sync` is its configuration.
+    std::string mode(const char *name, const std::string &text, const std::string &sync = "GP") {
+        std::string file = sampleFile("vga60.vda");
+        writeFile("monitor", file.replace(file.find("=GP") + 1, 2, sync) + text);
+        currentDescription = readMonitorDescription("monitor", true);
+        const auto t = findTimingByName(name);
+        if (!t)
+            return "none";
+        std::ostringstream shown;
+        shown << std::setprecision(10) << t->clock;
+        for (const int number : {t->hDisplay, t->hSyncStart, t->hSyncEnd, t->hTotal, t->vDisplay,
+                                 t->vSyncStart, t->vSyncEnd, t->vTotal})
+            shown << ' ' << number;
+        shown << ' ' << std::hex << t->flags << '\n';
+        return shown.str() + messages();
+    }
+};
+
+TEST_F(ModeTimingTest, NamedTimingBecomesAModeLine) {
+    EXPECT_EQ(mode("VGA60", ""), "none");
+    EXPECT_EQ(mode("vga60", ""), "25.17499924 640 656 752 800 480 490 492 525 a\n");
+    EXPECT_EQ(mode("vga60",
+                   "ScanType=Interlaced HorSyncPolarity=Positive VerSyncPolarity=Positive "
+                   "HorPixel=1283 PixelClock=251.750", // products beyond 32 bits
+                   "G"),
+              "251.75 1288 6560 7520 8000 480 490 492 525 95\n");
+    std::string most; // every field at its edge: what exceeds an int keeps its low bits
+    for (const char *pixel : {"HorPixel", "VerPixel"})
+        most += pixel + std::string("=65535 ");
+    for (const char *time : {"HorSyncStart", "HorSyncTime", "HorBlankStart", "HorBlankTime",
+                             "VerSyncStart", "VerSyncTime", "VerBlankStart", "VerBlankTime"})
+        most += time + std::string("=65.535 ");
+    for (const char *wide : {"PixelClock", "HorFrequency", "HorTotalTime", "VerTotalTime"})
+        most += wide + std::string("=4294967.295 ");
+    EXPECT_TRUE(mode("vga60", most)
+                    .starts_with("4294967.5 65536 281470688 562941376 -140471200 "
+                                 "65535 281470681 562941362 -140513479 a\n"));
+    EXPECT_EQ(mode("zero", timing("zero", 0) + "VerSyncStart = 0.001"),
+              "0 0 0 0 0 0 0 0 0 a\nPreAdjustedTiming zero: error number 32\n");
+}
+
+TEST_F(ModeTimingTest, ContradictingTimesAreReportedByTheirSum) {
+    const std::pair<const char *, int> cases[] = {
+        {"HorBlankTime=1.260 HorTotalTime=30", 0}, // 0.9
+        {"HorBlankTime=1.260 HorTotalTime=30.001", 1},
+        {"HorBlankTime=7.260 HorTotalTime=30", 0}, // 1.1
+        {"HorBlankTime=7.260 HorTotalTime=29.999", 1},
+        {"VerTotalTime=0", 2 + 32}, // nothing is above 1.1 of 0
+        {"HorBlankStart=26.058", 0},
+        {"HorBlankStart=26.059", 4},
+        {"VerBlankStart=15.572 HorTotalTime=26.057", 1 + 8 + 16}};
+    for (const auto &[changes, number] : cases) {
+        const std::string shown = mode("vga60", changes);
+        EXPECT_EQ(shown.substr(shown.find('\n') + 1),
+                  number ? "PreAdjustedTiming vga60: error number " + std::to_string(number) + "\n"
+                         : "");
     }
 }
