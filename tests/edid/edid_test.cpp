@@ -1,12 +1,10 @@
 // From the bytes of an EDID to the modes that scrconf makes of the monitor file.
 #include "support/edid.h"
 
-#include <sstream>
-
 #include "edid/edid_decoder.h"
 #include "edid/library_timings.h"
 #include "edid/vdif_writer.h"
-#include "support/temp_dir.h"
+#include "readers/cases.h"
 #include "vdif/vdif_reader.h"
 
 static constexpr const char *LIBRARY = SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
@@ -43,23 +41,22 @@ struct EdidTest : TempDirTest {
             loadMonitorDescriptions(LIBRARY, "monitor");
         return text;
     }
-    // What becomes of a line of the file edid.patches.
+    // What becomes of a line of the file edid.cases.
     static std::string outcome(const std::string &line) {
         Edid edid;
         const EdidImage image = patched(line);
         if (const std::string fault = decodeEdid(image, edid); !fault.empty())
-            return "    " + fault + "\n";
-        std::string shown;
+            return fault;
+        std::string shown, usual = "\n" + sampleFile(line.substr(0, line.find(' ')) + ".vda");
         for (const std::string &extension : edid.lostExtensions)
-            shown += "    " + extension + "\n";
+            shown += extension + "\n";
         std::istringstream text(convert(image));
         if (text.peek() == EOF)
-            return shown + "    nothing is left\n";
-        const std::string usual = "\n" + sampleFile(line.substr(0, line.find(' ')) + ".vda");
+            return "nothing is left";
         for (std::string added; std::getline(text, added);)
             if (usual.find("\n" + added + "\n") == usual.npos)
-                shown += "    " + added + "\n";
-        return shown + "    " + std::to_string(timingCount(*currentDescription)) + " timings\n";
+                shown += added + "\n";
+        return shown + std::to_string(timingCount(*currentDescription)) + " timings";
     }
 };
 
@@ -85,12 +82,7 @@ TEST_F(EdidTest, TimingsConvertBackToTheirNumbers) {
 }
 
 TEST_F(EdidTest, ChangedBytesShowInTheMonitorFileOrAreRefused) {
-    std::istringstream cases(sampleFile("edid.patches"));
-    std::string shown;
-    for (std::string line; std::getline(cases, line);)
-        if (!line.starts_with(' '))
-            shown += line + "\n" + (line.find('=') == line.npos ? "" : outcome(line));
-    EXPECT_EQ(shown, sampleFile("edid.patches"));
+    expectCases("edid.cases", outcome);
 }
 
 TEST_F(EdidTest, WhatIsNotWholeIsRefused) {
