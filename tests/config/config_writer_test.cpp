@@ -6,7 +6,7 @@
 #include "config/config_lines.h"
 #include "config/dropped_lines.h"
 #include "config/pointer_line.h"
-#include "support/temp_dir.h"
+#include "readers/cases.h"
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -68,47 +68,27 @@ TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
                 "Cannot open the folder of missing/Xconfig: No such file or directory\n");
 }
 
-TEST_F(ConfigWriterTest, LinesAreComparedByTheirWords) {
-    const std::tuple<const char *, const char *, int> cases[] = {
-        {"LogFile\t/x  y \n\n#  Nice 3\n \t\n", "# Nice 3\nLogFile /x y\n", 0},
-        {"a\na\nb", "a\nb b\n", 2},
-        {"#Nice", "Nice\n", 1},
-        {"", "a\n", 0}};
-    for (const auto &[oldText, newText, dropped] : cases)
-        EXPECT_EQ(countDroppedLines(oldText, newText), dropped) << oldText;
-}
-
-// What the choices of a run replace is not dropped.
+// The number of lines that a text drops of another, or a save, with or without choices, of the
+// file.
 TEST_F(ConfigWriterTest, EveryLineThatASaveDropsIsCountedAndTheOldFileKept) {
-    constexpr bool UNCHANGED = false, CHOICES = true;
-    const std::string section = "Driver fast x\nCard One\nVirtual 1 1\nDepth 8\nBitsPerPixel 9\n"
-                                "Modes\n\"1x1\" 25\n";
-    const std::tuple<bool, std::string, int> cases[] = {
-        {UNCHANGED, "LogFile /x\nDriver a\n# kept\n", 0},
-        {UNCHANGED, "# free\nUnknown x\n", 2},
-        {UNCHANGED, "LogFile a\nLogFile b\n", 1},
-        {UNCHANGED, "#LogFile a comment\nLogFile a\n", 1},
-        {UNCHANGED, "Option\ta b c\n", 1},
-        {UNCHANGED, "Mouse Old\nButtons 9\n", 1},
-        {UNCHANGED, "Driver a\nDriverPath x\nDriver b\n", 1},
-        {CHOICES, "Mouse Old\n Buttons 9\n" + section, 0},
-        {CHOICES, section + "ModeDB\n\"2x2\"\nnote\n", 3},
-        {CHOICES, section + "\"no mode\nDriver two\nDepth 4\n", 1},
-        {CHOICES, "Depth 4\n\"1x1\"\n# Mouse Old\n" + section, 3}};
     PointerDevice chosen{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
-    for (const auto &[choices, text, dropped] : cases) {
-        SCOPED_TRACE(text);
+    expectCases("dropped-lines.cases", [&](const std::string &line) {
+        const std::string kind = line.substr(0, line.find('|')),
+                          text = line.substr(kind.size() + 1);
+        const std::size_t bar = text.find('|');
+        if (kind == "texts")
+            return std::to_string(countDroppedLines(text.substr(0, bar), text.substr(bar + 1)));
         read(text);
-        if (choices) {
+        const int unchanged = countUnchangedDrops();
+        if (kind == "choices") {
             configureScreen(screens[0]);
             choosePointer(chosen);
-        } else {
-            EXPECT_EQ(countUnchangedDrops(), dropped);
         }
         const SaveReport report = writeConfig();
         EXPECT_EQ(report.result, SaveResult::Saved);
-        EXPECT_EQ(report.dropped, dropped);
-        EXPECT_EQ(readFile("etc/X11/Xconfig.~1~"), dropped ? text : "");
-        EXPECT_EQ(std::distance(fs::directory_iterator("etc/X11"), {}), dropped ? 2 : 1);
-    }
+        EXPECT_TRUE(kind == "choices" || report.dropped == unchanged);
+        EXPECT_EQ(readFile("etc/X11/Xconfig.~1~"), report.dropped ? text : "");
+        EXPECT_EQ(std::distance(fs::directory_iterator("etc/X11"), {}), report.dropped ? 2 : 1);
+        return std::to_string(report.dropped);
+    });
 }

@@ -1,6 +1,7 @@
-// Cases in a file of tests/data: a line of input, below it, four blanks in front, what becomes of
-// it; empty lines and comments (#) are for people. In the input \n, \t and \0 are the bytes that C
-// has for them, and in both a byte that stands 20 times or more is written so: {1022a}.
+// Cases in a file of tests/data: a line of input, and below it, four blanks in front, what becomes
+// of it. Empty lines and comments (#) are for people. In the input \n, \t and \0 stand for the
+// bytes that they are in C, \\ for one backslash and \z for byte 26; in both a byte that stands 20
+// times or more is written so: {1022a}.
 #pragma once
 
 #include <sstream>
@@ -8,7 +9,7 @@
 #include "support/temp_dir.h"
 
 inline std::string unpacked(const std::string &line) {
-    static const std::string letters = "nt0", bytes("\n\t\0", 3);
+    static const std::string letters = "nt0z\\", bytes("\n\t\0\x1a\\", 5);
     std::string text;
     for (std::size_t at = 0; at < line.size(); at++) {
         std::size_t length = 0; // of the number
