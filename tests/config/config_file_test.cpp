@@ -6,20 +6,22 @@
 
 using ConfigFileTest = TempDirTest;
 
-TEST_F(ConfigFileTest, TheUsersFileComesBeforeTheSystems) {
-    setenv("HOME", "home/", 1);
-    EXPECT_EQ(locateConfigFile(), std::nullopt);
-    writeFile("etc/X11/Xconfig", "");
-    EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
-    writeFile("home/.Xconfig", "");
-    EXPECT_EQ(locateConfigFile(), "home/.Xconfig");
-    setenv("HOME", "home", 1);
-    EXPECT_EQ(locateConfigFile(), "home/.Xconfig");
-    std::string home = "home";
-    while (home.size() + std::string("/.Xconfig").size() <= 255)
-        home.insert(0, "./");
+static std::string located(const std::string &home) {
     setenv("HOME", home.c_str(), 1);
-    EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
+    return locateConfigFile().value_or("none");
+}
+
+TEST_F(ConfigFileTest, TheUsersFileComesBeforeTheSystems) {
+    EXPECT_EQ(located("home/"), "none");
+    writeFile("etc/X11/Xconfig", "");
+    EXPECT_EQ(located("home/"), "etc/X11/Xconfig");
+    writeFile("home/.Xconfig", "");
+    EXPECT_EQ(located("home/"), "home/.Xconfig");
+    std::string home = "home";
+    while (home.size() + std::string("/.Xconfig").size() < 255)
+        home.insert(0, "./");
+    EXPECT_EQ(located(home), home + "/.Xconfig");
+    EXPECT_EQ(located(home.insert(1, "/")), "etc/X11/Xconfig");
     unsetenv("HOME");
     EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
 }

@@ -6,7 +6,7 @@
 #include "config/config_lines.h"
 #include "config/dropped_lines.h"
 #include "config/pointer_line.h"
-#include "support/temp_dir.h"
+#include "readers/cases.h"
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -38,11 +38,7 @@ struct ConfigWriterTest : TempDirTest {
 
 // Makes the screen one that was configured in this run: three modes of a class.
 static void configureScreen(ScreenConfig &screen) {
-    writeFile("usr/lib/X11/Korvel/DisplayConfig/fast/config",
-              "# made for fast\nDriver fast x\nChipset f1\nModes\n"
-              "640 480 24 60 25 640 656 752 800 480 490 492 525 19\n"
-              "800 600 24 60 40 w\n: ModeLine 1\n: ModeLine 2\n"
-              "1024 768 24 60 65 0 0 0 0 0 0 0 0 255\n: not written\n");
+    writeFile("usr/lib/X11/Korvel/DisplayConfig/fast/config", sampleFile("DisplayConfig.fast"));
     auto *card = new CardEntry{nullptr, "Acme: One", "fast", "CardLine 1\n\n", 0};
     screen = {card, false, readDisplayEntry(*card), {2, 1, 3}, 1600, 1200, 24};
     screen.modes->clock = 25.175F;
@@ -53,19 +49,7 @@ TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntryAndTheOtherKept
     appendPlaceholderScreen(); // has no section and writes none
     currentPointer = new PointerDevice{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
     writeConfig();
-    EXPECT_EQ(readFile(configPath), "# LogFile /tmp/log\nMouse Microsoft /dev/ttyS0\nButtons 3\n"
-                                    "Option \n\n\n\n"
-                                    "# made for fast\n"
-                                    "\n\nDriver fast x\nCard Acme: One\nChipset f1\n"
-                                    "CardLine 1\n\nModeLine 1\nModeLine 2\n"
-                                    "Virtual 1600 1200\nDepth 24\n\nBitsPerPixel 24\n\nModes \n"
-                                    "\"800x600:fast/w\" 40.0 0 0 0 0 0 0 0 0 \n"
-                                    "\"640x480\" 25.2 640 656 752 800 480 490 492 525 "
-                                    "Interlace NHsync PHsync \n"
-                                    "\"1024x768\" 65.0 0 0 0 0 0 0 0 0 Interlace NHsync PHsync "
-                                    "NVsync PVsync DoubleScan CompositeSync SyncOnGreen \n"
-                                    "\n\n" +
-                                        KEPT_SECTION);
+    EXPECT_EQ(readFile(configPath), sampleFile("Xconfig.fast") + KEPT_SECTION);
     *currentPointer = {nullptr, "", "Elo", 0, {}};
     std::string lines;
     writeGlobalLines(lines);
@@ -84,55 +68,27 @@ TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
                 "Cannot open the folder of missing/Xconfig: No such file or directory\n");
 }
 
-TEST_F(ConfigWriterTest, LinesAreComparedByTheirWords) {
-    const struct {
-        const char *oldText, *newText;
-        int dropped;
-    } cases[] = {
-        {"LogFile\t/x  y \n\n#  Nice 3\n \t\n", "# Nice 3\nLogFile /x y\n", 0},
-        {"a\na\nb", "a\nb b\n", 2},
-        {"#Nice", "Nice\n", 1},
-        {"", "a\n", 0},
-    };
-    for (const auto &[oldText, newText, dropped] : cases)
-        EXPECT_EQ(countDroppedLines(oldText, newText), dropped) << oldText;
-}
-
-// What an unchanged save drops: of the first text it would lose every line of the second.
+// The number of lines that a text drops of another, or a save, with or without choices, of the
+// file.
 TEST_F(ConfigWriterTest, EveryLineThatASaveDropsIsCountedAndTheOldFileKept) {
-    static constexpr std::pair<const char *, int> TEXTS[] = {
-        {"LogFile /x\nDriver a\n# kept\n", 0},
-        {"# free\nUnknown x\n", 2},
-        {"LogFile a\nLogFile b\n", 1},
-        {"#LogFile a comment\nLogFile a\n", 1},
-        {"Option\ta b c\n", 1},
-        {"Mouse Old\nButtons 9\n", 1},
-        {"Driver a\nDriverPath x\nDriver b\n", 1},
-    };
-    for (const auto &[text, dropped] : TEXTS) {
+    PointerDevice chosen{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
+    expectCases("dropped-lines.cases", [&](const std::string &line) {
+        const std::string kind = line.substr(0, line.find('|')),
+                          text = line.substr(kind.size() + 1);
+        const std::size_t bar = text.find('|');
+        if (kind == "texts")
+            return std::to_string(countDroppedLines(text.substr(0, bar), text.substr(bar + 1)));
         read(text);
-        EXPECT_EQ(countUnchangedDrops(), dropped) << text;
+        const int unchanged = countUnchangedDrops();
+        if (kind == "choices") {
+            configureScreen(screens[0]);
+            choosePointer(chosen);
+        }
         const SaveReport report = writeConfig();
         EXPECT_EQ(report.result, SaveResult::Saved);
-        EXPECT_EQ(report.dropped, dropped) << text;
-        EXPECT_EQ(readFile("etc/X11/Xconfig.~1~"), dropped ? text : "");
-        EXPECT_EQ(std::distance(fs::directory_iterator("etc/X11"), {}), dropped ? 2 : 1);
-    }
-}
-
-TEST_F(ConfigWriterTest, WhatThisRunsChoicesReplaceIsNotCounted) {
-    configureScreen(screens[0]);
-    PointerDevice chosen{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
-    const std::string section = "Driver fast x\nCard One\nVirtual 1 1\nDepth 8\nBitsPerPixel 9\n"
-                                "Modes\n\"1x1\" 25\n";
-    const auto droppedOf = [&](const std::string &text) {
-        read(text);
-        configureScreen(screens[0]);
-        choosePointer(chosen);
-        return writeConfig().dropped;
-    };
-    EXPECT_EQ(droppedOf("Mouse Old\n Buttons 9\n" + section), 0);
-    EXPECT_EQ(droppedOf(section + "ModeDB\n\"2x2\"\nnote\n"), 3);
-    EXPECT_EQ(droppedOf(section + "\"no mode\nDriver two\nDepth 4\n"), 1);
-    EXPECT_EQ(droppedOf("Depth 4\n\"1x1\"\n# Mouse Old\n" + section), 3);
+        EXPECT_TRUE(kind == "choices" || report.dropped == unchanged);
+        EXPECT_EQ(readFile("etc/X11/Xconfig.~1~"), report.dropped ? text : "");
+        EXPECT_EQ(std::distance(fs::directory_iterator("etc/X11"), {}), report.dropped ? 2 : 1);
+        return std::to_string(report.dropped);
+    });
 }

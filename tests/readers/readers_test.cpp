@@ -1,0 +1,214 @@
+// What the readers of hardware data and configurations make of their files, as texts. The files are
+// pairs of tests/data, "MouseInfo" and "MouseInfo.read", and the examples of the manual pages.
+#include <algorithm>
+#include <map>
+
+#include "base/paths.h"
+#include "config/config_lines.h"
+#include "config/config_writer.h"
+#include "config/pointer_line.h"
+#include "frame/numbered_list.h"
+#include "readers/cases.h"
+#include "vdif/vdif_reader.h"
+
+using Text = std::ostringstream;
+
+static const std::string LONG_CLASS(250, 'c');
+
+static std::string shownCards() {
+    cardList = nullptr;
+    loadCardList();
+    Text shown;
+    for (const CardEntry *card = cardList; card; card = card->next)
+        shown << '[' << card->name << "] " << card->cardClass << '\n' << card->extraLines;
+    return shown.str();
+}
+
+static std::string shownDevices() {
+    pointerDevices = nullptr;
+    loadPointerDevices();
+    Text shown;
+    for (const PointerDevice *device = pointerDevices; device; device = device->next)
+        shown << '[' << device->name << "] " << device->type << ' ' << device->buttons << ' '
+              << device->device.value_or("-") << '\n';
+    return shown.str();
+}
+
+static std::string shownModes(std::string_view cardClass) {
+    CardEntry card = {nullptr, "Acme", cardClass, {}, 0};
+    const ModeList modes = readDisplayEntry(card);
+    Text shown;
+    shown << (card.flags == CARD_NO_VIRTUAL ? "NoVirtual\n" : "");
+    for (const VideoMode *m = modes.get(); m; m = m->next)
+        shown << m->label << '|' << m->name << '|' << m->depth << ' ' << m->refresh << ' '
+              << m->clock << '|' << m->hDisplay << ' ' << m->hSyncStart << ' ' << m->hSyncEnd << ' '
+              << m->hTotal << ' ' << m->vDisplay << ' ' << m->vSyncStart << ' ' << m->vSyncEnd
+              << ' ' << m->vTotal << '|' << m->timingRef.value_or("-") << '|' << m->flags << '\n'
+              << m->extraLines;
+    return shown.str();
+}
+
+// The slots that are not absent.
+static std::string shownSlots() {
+    configLines = readConfigLines("etc/X11/Xconfig");
+    Text shown;
+    for (const ConfigLine *line = configLines; line; line = line->next)
+        if (line->state != LineState::Absent)
+            shown << (line->state == LineState::Active ? "" : "# ") << line->keyword
+                  << (line->value ? " [" + *line->value + "]" : "") << '\n';
+    return shown.str();
+}
+
+static std::string shownSections() {
+    Text shown;
+    for (int index = 0; const auto screen = parseScreenSection("etc/X11/Xconfig", index); index++) {
+        shown << '[' << (screen->card ? screen->card->name : "-") << "] " << screen->virtualWidth
+              << ' ' << screen->virtualHeight << ' ' << screen->depth;
+        for (const int position : screen->selection)
+            shown << ", " << position;
+        for (const VideoMode *mode = screen->modes.get(); mode; mode = mode->next)
+            shown << '\n'
+                  << mode->label << '|' << mode->depth << ' ' << mode->hDisplay << ' '
+                  << mode->vDisplay;
+        shown << '\n';
+    }
+    return shown.str();
+}
+
+static PointerDevice bus{nullptr, "", "Bus", 2, "/dev/bus"};
+
+// The current pointer and the lines that are written; `chosen`: another one is chosen meanwhile.
+static std::string shownPointer(PointerDevice *chosen) {
+    configLines = readConfigLines("etc/X11/Xconfig");
+    setUpPointer();
+    std::string shown = currentPointer ? "now " + currentPointer->name + "\n" : "";
+    if (chosen)
+        choosePointer(*chosen);
+    writeGlobalLines(shown);
+    EXPECT_TRUE(shown.ends_with("\n\n\n"));
+    return shown.erase(shown.size() - 3);
+}
+
+struct Reader {
+    std::string path;
+    std::function<std::string()> show;
+};
+static const std::map<std::string, Reader> READERS = {
+    {"CardInfo", {CARD_LIST_PATH, shownCards}},
+    {"DisplayConfig", {displayConfigPath("fast"), [] { return shownModes("fast"); }}},
+    {"long class", {displayConfigPath(LONG_CLASS), [] { return shownModes(LONG_CLASS); }}},
+    {"MouseInfo", {POINTER_LIST_PATH, shownDevices}},
+    {"Xconfig.lines", {CONFIG_PATH, shownSlots}},
+    {"Xconfig.sections", {CONFIG_PATH, shownSections}},
+    {"pointer", {CONFIG_PATH, [] { return shownPointer(nullptr); }}},
+    {"chosen", {CONFIG_PATH, [] { return shownPointer(&bus); }}}};
+
+struct ReadersTest : TempDirTest {
+    void SetUp() override { // process-wide: each case starts empty
+        cardList = nullptr;
+        pointerDevices = nullptr;
+        pointerChosen = false;
+        writeFile("library", sampleFile("one-timing.vda") + "[PREADJUSTED_TIMING] " +
+                                 "PREADJUSTEDTIMINGNAME=\"" + std::string(127, 't') + "\"");
+        defaultDescription.reset();
+        loadMonitorDescriptions("library", nullptr);
+    }
+    // What is read of a text, with the messages behind it.
+    std::string read(const std::string &name, std::string_view text) {
+        const Reader &reader = READERS.at(name);
+        writeFile(reader.path, text);
+        const std::string shown = reader.show();
+        return shown + messages();
+    }
+};
+
+TEST_F(ReadersTest, EveryKindOfLine) {
+    for (const std::string name :
+         {"CardInfo", "DisplayConfig", "MouseInfo", "Xconfig.lines", "Xconfig.sections"})
+        EXPECT_EQ(read(name, sampleFile(name)), sampleFile(name + ".read"));
+    EXPECT_EQ(listCount(configLines), 71);
+    expectCases("readers.cases", [&](const std::string &line) {
+        const std::size_t bar = line.find('|');
+        if (line.starts_with("pointer"))
+            read("MouseInfo", sampleFile("MouseInfo"));
+        return read(line.substr(0, bar), line.substr(bar + 1));
+    });
+}
+
+TEST_F(ReadersTest, ModesBeyondTheLimitAreReportedOnce) {
+    std::string text = "Driver a\nModes\n";
+    for (int n = 1; n <= 101; n++) {
+        const std::string shown = read("Xconfig.sections", text += "\"640x480\"\n");
+        EXPECT_EQ(std::ranges::count(shown, '|'), std::min(n, 99));
+        EXPECT_EQ(shown.substr(shown.rfind("480\n") + 4),
+                  n <= 99 ? ""
+                          : "Screen section 0 of " + std::string(CONFIG_PATH) +
+                                ": only the first 99 modes are shown\n");
+    }
+}
+
+TEST_F(ReadersTest, WhatCannotBeReadOnEndsTheProcess) {
+    const auto failed = testing::ExitedWithCode(1);
+    EXPECT_EXIT(loadCardList(), failed, "Can't Open Card List .*CardInfo\n");
+    EXPECT_EXIT(loadPointerDevices(), failed, "Can't Open file .*MouseInfo\n");
+    EXPECT_EXIT(shownModes("fast"), failed, "Can't open DisplayConfig entry .*/config\n");
+    for (const std::string line : {"640 480 8 60\n", "8 8 8 8 \"\n", "8 8 8 8 8\n", "1 x"})
+        EXPECT_EXIT(read("DisplayConfig", "Modes\n" + line), failed,
+                    "^\nFatal error:\nInternal error, file " + line + "\n\n$");
+}
+
+// The n-th example of a page, from 0, with the one escape that examples have taken back.
+static std::string example(const std::string &page, int n) {
+    std::string text = readFile(SCRCONF_SOURCE_DIR "/man/scrconf-" + page + ".5");
+    for (; n >= 0; n--)
+        text.erase(0, text.find("\n.EX\n") + 5);
+    text.erase(text.find(".EE\n"));
+    for (std::size_t minus; (minus = text.find("\\-")) != text.npos;)
+        text.erase(minus, 1);
+    return text;
+}
+
+// What an operation writes, without the blanks at line ends and the empty lines around it, which a
+// page does not show.
+template <typename Operation> static std::string written(Operation operation) {
+    std::string text;
+    operation(text);
+    for (std::size_t blank; (blank = text.find(" \n")) != text.npos;)
+        text.erase(blank, 1);
+    text.erase(0, text.find_first_not_of('\n'));
+    return text.erase(text.find_last_not_of('\n') + 2);
+}
+
+// No example is at fault, and what the pages show as the result comes out.
+TEST_F(ReadersTest, TheExamplesOfTheManual) {
+    writeFile("monitor.vda", example("vdif", 0));
+    loadMonitorDescriptions(nullptr, "monitor.vda");
+    writeFile(POINTER_LIST_PATH, example("MouseInfo", 0));
+    loadPointerDevices();
+    writeFile("etc/X11/Xconfig", example("Xconfig", 0));
+    configLines = readConfigLines("etc/X11/Xconfig");
+    setUpPointer();
+    EXPECT_EQ(written(writeGlobalLines), example("Xconfig", 1));
+    EXPECT_EQ(parseScreenSection("etc/X11/Xconfig", 0)->selection.size(), 2u);
+    EXPECT_EQ(parseScreenSection("etc/X11/Xconfig", 1)->selection.size(), 1u);
+    std::string shown;
+    for (const PointerDevice *device = pointerDevices; device; device = device->next)
+        writePointerLines(shown, *device);
+    EXPECT_EQ(shown, example("MouseInfo", 1));
+
+    writeFile(CARD_LIST_PATH, example("CardInfo", 0));
+    loadCardList();
+    testing::internal::CaptureStdout();
+    printNumberedList(cardList);
+    ASSERT_EQ(testing::internal::GetCapturedStdout(), example("CardInfo", 1));
+    writeFile(displayConfigPath("a64"), example("DisplayConfig", 0));
+    ScreenConfig screen{cardList, false, readDisplayEntry(*cardList), {1, 2, 3}, 1024, 768, 8};
+    std::string menu;
+    for (const VideoMode *mode = screen.modes.get(); mode; mode = mode->next)
+        menu += mode->label + "\n";
+    ASSERT_EQ(menu, example("DisplayConfig", 1));
+    const std::string section = written([&](std::string &out) { writeScreenSection(out, screen); });
+    EXPECT_EQ(section, example("DisplayConfig", 2));
+    EXPECT_NE(section.find(example("vdif", 1)), section.npos) << section;
+    EXPECT_EQ(messages(), "");
+}
