@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <iterator>
 
@@ -49,22 +50,31 @@ static void enterUserNamespace(uid_t id) {
     writeFile("/proc/self/gid_map", inside + group + " 1");
 }
 
-// False in a plain chroot: a namespace of its own would not help there, and would put what is
-// outside of the chroot before the names of open files.
-static bool rootIsMount() {
+// Gives the root LENT_FOLDER until the process ends; false where the machine forbids mounts. In a
+// plain chroot a namespace would not help, and would put what is outside of the chroot before the
+// names of open files.
+static bool lendFolder(const fs::path &root) {
     struct statx status = {};
-    return statx(AT_FDCWD, "/", 0, STATX_TYPE, &status) == 0 &&
-           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+    if (statx(AT_FDCWD, "/", 0, STATX_TYPE, &status) != 0 ||
+        (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) == 0) {
+        errno = EINVAL; // as a mount would set it
+        return false;
+    }
+    return unshare(CLONE_NEWNS) == 0 &&
+           mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount(LENT_FOLDER, (root / "proc/self").c_str(), nullptr, MS_BIND, nullptr) == 0;
 }
 
-// Where the machine forbids mounts the program runs without the folders that they would give.
+// Where the machine forbids mounts the program runs without the folder, unless a sanitizer takes
+// it.
 void enterPrivateRoot(const fs::path &root, User user) {
     const uid_t id = user == User::ROOT ? 0 : NOBODY_ID;
     if (geteuid() != 0)
         enterUserNamespace(id);
-    if (rootIsMount() && unshare(CLONE_NEWNS) == 0 && // the mount ends with the process
-        mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0)
-        mount(LENT_FOLDER, (root / "proc/self").c_str(), nullptr, MS_BIND, nullptr);
+    [[maybe_unused]] const bool lent = lendFolder(root);
+#ifdef __SANITIZE_ADDRESS__
+    require(lent, "mount");
+#endif
     require(chroot(root.c_str()) == 0 && chdir("/") == 0, "chroot");
     if (geteuid() != id)
         require(setgroups(0, nullptr) == 0 && setgid(id) == 0 && setuid(id) == 0, "setuid");
@@ -85,8 +95,9 @@ static void redirect(int descriptor, const char *path) {
         close(descriptor);
 }
 
-bool canEnterPrivateRoot() { // the current directory is entered, but holds no program
-    return runInPrivateRoot(".", {}, {}, User::ROOT).status == STATUS_NO_PROGRAM;
+bool canEnterPrivateRoot() { // an empty root is entered, but holds no program
+    fs::create_directories("root/proc/self");
+    return runInPrivateRoot("root", {}, {}, User::ROOT).status == STATUS_NO_PROGRAM;
 }
 
 RunResult runInPrivateRoot(const fs::path &root, const Arguments &arguments,

@@ -22,7 +22,8 @@ struct RunResult {
     std::string errors;
 };
 
-// False on a machine that gives the tests neither root nor a user namespace.
+// False on a machine that gives the tests neither root nor a user namespace or, where a sanitizer
+// takes it, no mounts. The root must hold no program yet.
 bool canEnterPrivateRoot();
 
 // Makes the private root this process's own and the user its user.

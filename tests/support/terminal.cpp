@@ -85,8 +85,7 @@ void TerminalTest::stage() {
     if (access("/dev/pts/ptmx", F_OK) != 0 || access("/proc/self/stat", F_OK) != 0)
         GTEST_SKIP() << "a terminal takes /dev/pts and /proc";
     if (!canEnterPrivateRoot())
-        GTEST_SKIP() << "a private root takes root or user namespaces: " << readFile("errors");
-    std::filesystem::create_directories("root/proc/self");
+        GTEST_SKIP() << "no private root: " << readFile("errors");
     ASSERT_EQ(std::system(STAGE_COMMAND), 0) << messages();
 }
 
