@@ -3,7 +3,7 @@
 #include "readers/cases.h"
 
 TEST(TextScannerTest, IntegersKeepTheirLow32Bits) {
-    expectCases("integers.cases", [](std::string_view text) {
+    expectCases("integers.cases", [](const std::string &, std::string_view text) {
         const auto value = scanInt(text);
         return (value ? std::to_string(*value) : "none") + "|" + std::string(text);
     });

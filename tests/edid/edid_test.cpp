@@ -9,11 +9,11 @@
 
 static constexpr const char *LIBRARY = SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
 
-// The EDID of a line "<monitor> <offset>=<byte> ...", its checksums right if they are not named.
-static EdidImage patched(const std::string &line) {
-    EdidImage edid = madeEdid(line.substr(0, line.find(' ')));
+// The EDID of a monitor with changes "<offset>=<byte> ..."; checksums that are not named are right.
+static EdidImage patched(const std::string &monitor, const std::string &changes) {
+    EdidImage edid = madeEdid(monitor);
     for (const bool sealed : {false, true}) {
-        std::istringstream words(line.substr(line.find(' ')));
+        std::istringstream words(changes);
         char equals;
         int byte;
         for (std::size_t offset; words >> offset >> equals >> byte;)
@@ -42,13 +42,13 @@ struct EdidTest : TempDirTest {
             loadMonitorDescriptions(LIBRARY, "monitor");
         return text;
     }
-    // What becomes of a line of the file edid.cases.
-    static std::string outcome(const std::string &line) {
+    // What becomes of a changed monitor, see the file edid.cases.
+    static std::string outcome(const std::string &monitor, const std::string &changes) {
         Edid edid;
-        const EdidImage image = patched(line);
+        const EdidImage image = patched(monitor, changes);
         if (const std::string fault = decodeEdid(image, edid); !fault.empty())
             return fault;
-        std::string shown, usual = "\n" + sampleFile(line.substr(0, line.find(' ')) + ".vda");
+        std::string shown, usual = "\n" + sampleFile(monitor + ".vda");
         for (const std::string &extension : edid.lostExtensions)
             shown += extension + "\n";
         std::istringstream text(convert(image));
@@ -65,9 +65,9 @@ TEST_F(EdidTest, AMonitorFileHasWhatTheMonitorLists) {
     for (const std::string monitor : {"tube", "panel", "wide"})
         EXPECT_EQ(convert(madeEdid(monitor)), sampleFile(monitor + ".vda"));
     EXPECT_EQ(timingCount(*currentDescription), 11u); // scrconf reads it to its end
-    convert(patched("tube 71=18"));                   // digital composite pulses have one polarity
+    convert(patched("tube", "71=18"));                // digital composite pulses have one polarity
     EXPECT_EQ(findTimingByName("1024x768@85").value().flags, MODE_PHSYNC | MODE_PVSYNC);
-    convert(patched("tube 20=2 71=0")); // analogue composite pulses are negative
+    convert(patched("tube", "20=2 71=0")); // analogue composite pulses are negative
     EXPECT_EQ(findTimingByName("1024x768@85").value().flags,
               MODE_NHSYNC | MODE_NVSYNC | MODE_SYNC_ON_GREEN);
 }

@@ -1,7 +1,7 @@
-// Cases in a file of tests/data: a line of input, and below it, four blanks in front, what becomes
-// of it. Empty lines and comments (#) are for people. In the input \n, \t and \0 stand for the
-// bytes that they are in C, \\ for one backslash and \z for byte 26; in both a byte that stands 20
-// times or more is written so: {1022a}.
+// Cases in a file of tests/data: an input "kind|text", and below it, four blanks in front, what
+// becomes of it. Empty lines and comments (#) are for people. In the text \n, \t and \0 stand for
+// the bytes that they are in C, \\ for one backslash and \z for byte 26; in both a byte that stands
+// 20 times or more is written so: {1022a}.
 #pragma once
 
 #include <sstream>
@@ -12,15 +12,13 @@ inline std::string unpacked(const std::string &line) {
     static const std::string letters = "nt0z\\", bytes("\n\t\0\x1a\\", 5);
     std::string text;
     for (std::size_t at = 0; at < line.size(); at++) {
-        std::size_t length = 0; // of the number
+        const std::size_t end = line[at] == '{' ? line.find('}', at + 3) : 0;
         if (line[at] == '\\')
             text += bytes[letters.find(line[++at])];
-        else if (line[at] == '{') {
-            const std::size_t count = std::stoul(line.substr(at + 1), &length);
-            text.append(count, line[at += length + 1]);
-            at++; // the bracket
-        } else
+        else if (end == 0)
             text += line[at];
+        else
+            text.append(std::stoul(line.substr(at + 1)), line[end - 1]), at = end;
     }
     return text;
 }
@@ -35,18 +33,21 @@ inline std::string packed(const std::string &text) {
     return line;
 }
 
-// Does `outcome` to each input of the file.
+// Does `outcome` to each kind and text of the file.
 template <typename Outcome> void expectCases(const std::string &file, Outcome outcome) {
     std::istringstream given(sampleFile(file));
     std::string shown;
-    for (std::string line, text; std::getline(given, line);) {
+    for (std::string line, made; std::getline(given, line);) {
         if (line.starts_with("    "))
             continue;
         shown += line + "\n";
-        if (line.empty() || line.starts_with("# "))
+        const std::size_t bar = line.find('|');
+        if (line.starts_with('#') || bar == line.npos)
             continue;
-        for (std::istringstream lines(outcome(unpacked(line))); std::getline(lines, text);)
-            shown += "    " + packed(text) + "\n";
+        std::istringstream lines(outcome(line.substr(0, bar), unpacked(line.substr(bar + 1))));
+        while (std::getline(lines, made))
+            shown += "    " + packed(made) + "\n";
     }
     EXPECT_EQ(shown, sampleFile(file));
+    EXPECT_NE(shown, "") << file;
 }

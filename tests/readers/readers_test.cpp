@@ -2,6 +2,7 @@
 // pairs of tests/data, "MouseInfo" and "MouseInfo.read", and the examples of the manual pages.
 #include <algorithm>
 #include <map>
+#include <regex>
 
 #include "base/paths.h"
 #include "config/config_lines.h"
@@ -46,6 +47,15 @@ static std::string shownModes(std::string_view cardClass) {
               << ' ' << m->vTotal << '|' << m->timingRef.value_or("-") << '|' << m->flags << '\n'
               << m->extraLines;
     return shown.str();
+}
+
+// The mode of vga60.vda with a word for the configuration of its sync and more text at its end.
+static std::string shownTiming(const std::string &sync) {
+    std::string monitor = sampleFile("vga60.vda") + readFile("monitor");
+    writeFile("monitor", monitor.replace(monitor.find("$sync"), 5, sync));
+    currentDescription = readMonitorDescription("monitor", true);
+    writeFile(displayConfigPath("fast"), "Modes\n640 480 8 60 \"vga60\"\n");
+    return shownModes("fast");
 }
 
 // The slots that are not absent.
@@ -101,7 +111,9 @@ static const std::map<std::string, Reader> READERS = {
     {"Xconfig.lines", {CONFIG_PATH, shownSlots}},
     {"Xconfig.sections", {CONFIG_PATH, shownSections}},
     {"pointer", {CONFIG_PATH, [] { return shownPointer(nullptr); }}},
-    {"chosen", {CONFIG_PATH, [] { return shownPointer(&bus); }}}};
+    {"chosen", {CONFIG_PATH, [] { return shownPointer(&bus); }}},
+    {"timing", {"monitor", [] { return shownTiming("GP"); }}},
+    {"green", {"monitor", [] { return shownTiming("G"); }}}};
 
 struct ReadersTest : TempDirTest {
     void SetUp() override { // process-wide: each case starts empty
@@ -127,12 +139,13 @@ TEST_F(ReadersTest, EveryKindOfLine) {
          {"CardInfo", "DisplayConfig", "MouseInfo", "Xconfig.lines", "Xconfig.sections"})
         EXPECT_EQ(read(name, sampleFile(name)), sampleFile(name + ".read"));
     EXPECT_EQ(listCount(configLines), 71);
-    expectCases("readers.cases", [&](const std::string &line) {
-        const std::size_t bar = line.find('|');
-        if (line.starts_with("pointer"))
+    const auto outcome = [this](const std::string &name, const std::string &text) {
+        if (name == "pointer")
             read("MouseInfo", sampleFile("MouseInfo"));
-        return read(line.substr(0, bar), line.substr(bar + 1));
-    });
+        return read(name, text);
+    };
+    expectCases("readers.cases", outcome);
+    expectCases("mode-timing.cases", outcome);
 }
 
 TEST_F(ReadersTest, ModesBeyondTheLimitAreReportedOnce) {
@@ -158,14 +171,11 @@ TEST_F(ReadersTest, WhatCannotBeReadOnEndsTheProcess) {
 }
 
 // The n-th example of a page, from 0, with the one escape that examples have taken back.
-static std::string example(const std::string &page, int n) {
-    std::string text = readFile(SCRCONF_SOURCE_DIR "/man/scrconf-" + page + ".5");
-    for (; n >= 0; n--)
-        text.erase(0, text.find("\n.EX\n") + 5);
-    text.erase(text.find(".EE\n"));
-    for (std::size_t minus; (minus = text.find("\\-")) != text.npos;)
-        text.erase(minus, 1);
-    return text;
+static std::string example(const std::string &name, int n) {
+    static const std::regex block("\n\\.EX\n([^]*?)\\.EE\n"), minus("\\\\-");
+    const std::string page = readFile(SCRCONF_SOURCE_DIR "/man/scrconf-" + name + ".5");
+    const std::sregex_iterator first(page.begin(), page.end(), block);
+    return std::regex_replace((*std::next(first, n))[1].str(), minus, "-");
 }
 
 // What an operation writes, without the blanks at line ends and the empty lines around it, which a

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdio>
-#include <cstring>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -29,20 +28,14 @@ inline void seal(EdidImage &edid) {
 
 // True when a mode has the numbers of the timing, the pixels rounded up to a multiple of 8.
 inline bool convertsBack(const ModeTiming &mode, const MonitorTiming &timing) {
-    const auto up = [](auto pixels) { return static_cast<int>((pixels + 7) / 8 * 8); };
-    const auto same = [](auto lines) { return static_cast<int>(lines); };
+    const auto up = [](std::int64_t pixels) { return (pixels + 7) / 8 * 8; };
     const TimingAxis &h = timing.horizontal, &v = timing.vertical;
-    const ModeTiming expected = {static_cast<float>(timing.clock) / 1000,
-                                 up(h.active),
-                                 up(h.syncStart),
-                                 up(up(h.syncStart) + h.syncEnd - h.syncStart),
-                                 up(h.total),
-                                 same(v.active),
-                                 same(v.syncStart),
-                                 same(v.syncEnd),
-                                 same(v.total),
-                                 (timing.hSyncPositive ? MODE_PHSYNC : MODE_NHSYNC) |
-                                     (timing.vSyncPositive ? MODE_PVSYNC : MODE_NVSYNC) |
-                                     (timing.interlaced ? MODE_INTERLACE : 0)};
-    return std::memcmp(&mode, &expected, sizeof mode) == 0;
+    const std::int64_t start = up(h.syncStart), end = up(start + h.syncEnd - h.syncStart);
+    const std::uint32_t flags = (timing.hSyncPositive ? MODE_PHSYNC : MODE_NHSYNC) |
+                                (timing.vSyncPositive ? MODE_PVSYNC : MODE_NVSYNC) |
+                                (timing.interlaced ? MODE_INTERLACE : 0);
+    return mode.clock == static_cast<float>(timing.clock) / 1000 && mode.flags == flags &&
+           mode.hDisplay == up(h.active) && mode.hSyncStart == start && mode.hSyncEnd == end &&
+           mode.hTotal == up(h.total) && mode.vDisplay == v.active &&
+           mode.vSyncStart == v.syncStart && mode.vSyncEnd == v.syncEnd && mode.vTotal == v.total;
 }

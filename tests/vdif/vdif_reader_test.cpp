@@ -4,7 +4,6 @@
 #include <iomanip>
 
 #include "readers/cases.h"
-#include "vdif/mode_timing.h"
 
 static const std::string LIBRARY = samplePath("library.vda");
 
@@ -25,17 +24,6 @@ static std::string shownDescription() {
         const VdifBlock record = timingRecord(*currentDescription, index);
         shown << timingName(record) << ' ' << fieldValue(record, TimingField::VerFrequency) << '\n';
     }
-    return shown.str();
-}
-
-static std::string shownMode(const std::string &name) {
-    const auto t = findTimingByName(name);
-    std::ostringstream shown;
-    if (!t)
-        return "none";
-    shown << t->clock << ' ' << t->hDisplay << ' ' << t->hSyncStart << ' ' << t->hSyncEnd << ' '
-          << t->hTotal << ' ' << t->vDisplay << ' ' << t->vSyncStart << ' ' << t->vSyncEnd << ' '
-          << t->vTotal << ' ' << std::hex << t->flags << '\n';
     return shown.str();
 }
 
@@ -62,14 +50,14 @@ TEST_F(VdifReaderTest, EveryFieldHasItsPlaceAndUnit) {
 TEST_F(VdifReaderTest, AMonitorGetsItsTimingsAndThoseOfTheLibraryThatFit) {
     const std::string library = readFile(LIBRARY);
     const std::size_t limits = library.find("[operational"), timings = library.find("[PRE");
-    expectCases("vdif-reader.cases", [&](std::string line) {
-        replace(line, "$head", library.substr(0, limits));
-        replace(line, "$limits", library.substr(limits, timings - limits));
-        writeFile("monitor", line.substr(line.find('|') + 1));
-        if (line.starts_with("traced"))
+    expectCases("vdif-reader.cases", [&](const std::string &kind, std::string text) {
+        replace(text, "$head", library.substr(0, limits));
+        replace(text, "$limits", library.substr(limits, timings - limits));
+        writeFile("monitor", text);
+        if (kind == "traced")
             setenv("VDIF_TRACE", "", 1);
         defaultDescription.reset();
-        loadMonitorDescriptions(line.starts_with("alone") ? nullptr : LIBRARY.c_str(), "monitor");
+        loadMonitorDescriptions(kind == "alone" ? nullptr : LIBRARY.c_str(), "monitor");
         unsetenv("VDIF_TRACE");
         const std::string shown = shownDescription();
         return shown + messages();
@@ -77,16 +65,4 @@ TEST_F(VdifReaderTest, AMonitorGetsItsTimingsAndThoseOfTheLibraryThatFit) {
     EXPECT_EQ(loadMonitorDescriptions(LIBRARY.c_str(), nullptr), defaultDescription.get());
     EXPECT_EQ(timingCount(*loadMonitorDescriptions(LIBRARY.c_str(), LIBRARY.c_str())), 6u);
     EXPECT_EQ(messages(), "");
-}
-
-TEST_F(VdifReaderTest, ATimingBecomesAModeLine) {
-    expectCases("mode-timing.cases", [this](const std::string &line) {
-        const std::size_t sync = line.find('|') + 1, text = line.find('|', sync) + 1;
-        std::string monitor = sampleFile("vga60.vda") + line.substr(text);
-        replace(monitor, "$sync", line.substr(sync, text - 1 - sync));
-        writeFile("monitor", monitor);
-        currentDescription = readMonitorDescription("monitor", true);
-        const std::string shown = shownMode(line.substr(0, sync - 1));
-        return shown + messages();
-    });
 }

@@ -5,10 +5,9 @@
 using VdifScannerTest = TempDirTest;
 
 TEST_F(VdifScannerTest, TokensEndAndValuesAreKeptAsTheirKindWants) {
-    expectCases("vdif-scanner.cases", [this](const std::string &line) {
-        const std::string text = line.substr(line.find(' ') + 1);
+    expectCases("vdif-scanner.cases", [this](const std::string &kind, const std::string &text) {
         std::string shown;
-        if (line.starts_with("tokens")) {
+        if (kind == "tokens") {
             VdifScanner scanner{.text = text};
             while (const auto token = nextToken(scanner))
                 shown.append(*token).append("|");
