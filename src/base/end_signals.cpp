@@ -14,18 +14,19 @@ static constexpr std::array END_SIGNALS = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 static constexpr itimerval END_GRACE = {{}, {0, 500'000}}; // µs, once
 
 static volatile std::sig_atomic_t endSignal = 0; // the signal that has come; 0: none has
+static int terminalNumber = STDOUT_FILENO;       // where curses sets the modes
 static termios shellModes;
 
+// From the background to set the terminal's modes would stop the process and not end it.
 static void noteSignal(int number) {
+    std::signal(SIGTTOU, SIG_IGN);
     endSignal = number;
     setitimer(ITIMER_REAL, &END_GRACE, nullptr);
 }
 
-// The modes are set at once: to wait for the output would be to wait for the terminal again. From
-// the background the setting alone would stop the process.
+// The modes are set at once: to wait for the output would be to wait for the terminal again.
 static void endAtOnce(int) {
-    std::signal(SIGTTOU, SIG_IGN);
-    tcsetattr(STDIN_FILENO, TCSANOW, &shellModes);
+    tcsetattr(terminalNumber, TCSANOW, &shellModes);
     _exit(EXIT_FAILURE);
 }
 
@@ -54,7 +55,8 @@ static sigset_t endSignalSet() {
 }
 
 void catchEndSignals() {
-    tcgetattr(STDIN_FILENO, &shellModes);
+    if (tcgetattr(terminalNumber, &shellModes) != 0)
+        tcgetattr(terminalNumber = STDERR_FILENO, &shellModes);
     catchSignal(SIGALRM, endAtOnce);
     for (const int number : END_SIGNALS)
         if (!isIgnored(number))

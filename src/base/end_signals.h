@@ -7,8 +7,8 @@
 
 #include <csignal>
 
-// From now on the signals are caught, those that were ignored apart. The terminal is that of
-// standard input and has the modes that it is to get back.
+// From now on the signals are caught, those that were ignored apart. The terminal, that of standard
+// output or else of standard error, has the modes that it is to get back.
 void catchEndSignals();
 
 // Ends the process with a message when one of the signals has come.

@@ -78,10 +78,11 @@ File openForReading(const FilePlace &place) {
                                   O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     File file(descriptor < 0 ? nullptr : fdopen(descriptor, "r"));
     const auto state = file ? fileState(file.get()) : std::nullopt;
-    if (state && S_ISREG(state->mode))
+    if (!state)
+        return nullptr;
+    if (S_ISREG(state->mode) && (!place.expected || *place.expected == *state))
         return file;
-    if (state)
-        errno = S_ISDIR(state->mode) ? EISDIR : EINVAL;
+    errno = S_ISREG(state->mode) ? ESTALE : S_ISDIR(state->mode) ? EISDIR : EINVAL;
     return nullptr;
 }
 

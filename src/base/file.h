@@ -23,30 +23,6 @@ struct Descriptor {
     ~Descriptor();
 };
 
-// Where a file lies: a name in a folder. A folder that is held is the same one for as long as the
-// record lives, whatever others rename or put in its place meanwhile.
-struct FilePlace {
-    std::string path;                         // for messages
-    std::string name;                         // in the folder
-    std::shared_ptr<const Descriptor> folder; // null: not held, `name` is the path
-
-    // The place that the path leads to each time it is used.
-    FilePlace(std::string usedPath) : path(std::move(usedPath)), name(path) {}
-    FilePlace(const char *usedPath) : FilePlace(std::string(usedPath)) {}
-    FilePlace(std::string shownPath, std::string lastName, std::shared_ptr<const Descriptor> held)
-        : path(std::move(shownPath)), name(std::move(lastName)), folder(std::move(held)) {}
-};
-
-// The place of the path, its folder held from now on. None, with the reason in errno, when the
-// folder cannot be entered.
-std::optional<FilePlace> openPlace(const std::string &path);
-
-// The place beside another whose name has `suffix` behind it.
-FilePlace besidePlace(const FilePlace &place, std::string_view suffix);
-
-// The folder of a place as the system calls take it.
-int folderNumber(const FilePlace &place);
-
 // A moment of a file's life.
 struct FileTime {
     time_t seconds; // since the epoch
@@ -65,6 +41,31 @@ struct FileState {
     bool operator==(const FileState &) const = default;
 };
 
+// Where a file lies: a name in a folder. A folder that is held is the same one for as long as the
+// record lives, whatever others rename or put in its place meanwhile.
+struct FilePlace {
+    std::string path;                                    // for messages
+    std::string name;                                    // in the folder
+    std::shared_ptr<const Descriptor> folder;            // null: not held, `name` is the path
+    std::shared_ptr<const FileState> expected = nullptr; // of the only file that is meant
+
+    // The place that the path leads to each time it is used.
+    FilePlace(std::string usedPath) : path(std::move(usedPath)), name(path) {}
+    FilePlace(const char *usedPath) : FilePlace(std::string(usedPath)) {}
+    FilePlace(std::string shownPath, std::string lastName, std::shared_ptr<const Descriptor> held)
+        : path(std::move(shownPath)), name(std::move(lastName)), folder(std::move(held)) {}
+};
+
+// The place of the path, its folder held from now on. None, with the reason in errno, when the
+// folder cannot be entered.
+std::optional<FilePlace> openPlace(const std::string &path);
+
+// The place beside another whose name has `suffix` behind it.
+FilePlace besidePlace(const FilePlace &place, std::string_view suffix);
+
+// The folder of a place as the system calls take it.
+int folderNumber(const FilePlace &place);
+
 // The present state of the file at a place, through links; none, with the reason in errno, when it
 // cannot be told.
 std::optional<FileState> fileState(const FilePlace &place);
@@ -79,7 +80,8 @@ std::optional<FileState> fileState(std::FILE *file);
 bool leadsTo(const FilePlace &place, int descriptor);
 
 // Opens a regular file for reading. Empty, with the reason in errno, when it cannot be opened or is
-// no regular file: a FIFO would block the run and a directory has no lines.
+// no regular file: a FIFO would block the run and a directory has no lines. ESTALE: it is not the
+// file, or not as it was, that the place expects.
 File openForReading(const FilePlace &place);
 
 // All that an open file holds, from its start. None, with the reason in errno, when it cannot be

@@ -24,6 +24,23 @@ static mode_t withoutGroup(mode_t mode) {
     return mode & (~static_cast<mode_t>(S_IRWXG) | everybody);
 }
 
+// A folder's default list has given the new file entries of its own; they would come to life with
+// the group's bits.
+bool setBits(int to, mode_t mode) {
+    const Acl bits(acl_from_mode(mode));
+    if (bits && acl_set_fd(to, bits.get()) != 0 && errno != ENOTSUP)
+        return false;
+    return fchmod(to, mode) == 0;
+}
+
+bool copyBits(int from, int to, mode_t most) {
+    struct stat old = {};
+    if (fstat(from, &old) != 0)
+        return false;
+    const mode_t mode = old.st_mode & most;
+    return setBits(to, fchown(to, -1U, old.st_gid) == 0 ? mode : withoutGroup(mode));
+}
+
 bool copyAttributes(int from, int to) {
     struct stat old = {};
     if (fstat(from, &old) != 0)
@@ -35,7 +52,7 @@ bool copyAttributes(int from, int to) {
     const bool groupKept =
         fchown(to, old.st_uid, old.st_gid) == 0 || fchown(to, -1U, old.st_gid) == 0;
     const mode_t mode = old.st_mode & ATTRIBUTES_MODE_BITS;
-    if (fchmod(to, groupKept && !listKept && !listUnknown ? mode : withoutGroup(mode)) != 0)
+    if (!setBits(to, groupKept && !listKept && !listUnknown ? mode : withoutGroup(mode)))
         return false;
     if (groupKept && listKept)
         acl_set_fd(to, list.get()); // sets all bits anew; where it is not taken the ones above stay

@@ -17,11 +17,10 @@ static constexpr std::size_t REPLACE_COPY_SIZE = 65536; // bytes copied at once
 static bool takeOverAttributes(int newFile, const FilePlace &place, std::FILE *old) {
     const auto standing = linkState(place);
     if (!standing)
-        return errno == ENOENT && fchmod(newFile, REPLACE_NEW_MODE) == 0;
-    if (S_ISLNK(standing->mode)) {
-        const auto read = old ? fileState(old) : standing;
-        return read && fchmod(newFile, REPLACE_NEW_MODE & read->mode) == 0;
-    }
+        return errno == ENOENT && setBits(newFile, REPLACE_NEW_MODE);
+    if (S_ISLNK(standing->mode))
+        return old ? copyBits(fileno(old), newFile, REPLACE_NEW_MODE)
+                   : setBits(newFile, REPLACE_NEW_MODE);
     if (!S_ISREG(standing->mode)) {
         errno = EINVAL;
         return false;
@@ -56,11 +55,17 @@ static bool isStillAt(const FilePlace &place, int number) {
     return leadsTo(place, number);
 }
 
+// What somebody has put in the place of the old file meanwhile is not replaced.
+static bool oldStillStands(const FilePlace &place, std::FILE *old) {
+    const auto standing = linkState(place);
+    return !old || !standing || !S_ISREG(standing->mode) || isStillAt(place, fileno(old));
+}
+
 Replaced replaceFile(File newFile, const FilePlace &newPlace, const FilePlace &place,
                      std::FILE *old) {
     const int folder = folderNumber(place), number = fileno(newFile.get());
     if (flushWritten(newFile.get()) && takeOverAttributes(number, place, old) &&
-        fsync(number) == 0 && isStillAt(newPlace, number) &&
+        fsync(number) == 0 && isStillAt(newPlace, number) && oldStillStands(place, old) &&
         renameat(folder, newPlace.name.c_str(), folder, place.name.c_str()) == 0)
         return syncFolder(place) ? Replaced::Yes : Replaced::Unsynced;
     discardFile(newPlace, number);
@@ -83,6 +88,12 @@ static bool copyContents(std::FILE *from, std::FILE *to) {
     return !std::ferror(from) && flushWritten(to);
 }
 
+// Some file systems cannot refuse a name that is taken; there it was free a moment ago.
+static bool renameToFree(int folder, const char *from, const char *to) {
+    return renameat2(folder, from, folder, to, RENAME_NOREPLACE) == 0 ||
+           ((errno == EINVAL || errno == ENOSYS) && renameat(folder, from, folder, to) == 0);
+}
+
 // The copy gets its name when it is whole. Names that others take meanwhile are passed over.
 static std::optional<FilePlace> keepCopy(const FilePlace &place, std::FILE *old) {
     const FilePlace copyPlace = besidePlace(place, REPLACE_SUFFIX);
@@ -90,11 +101,11 @@ static std::optional<FilePlace> keepCopy(const FilePlace &place, std::FILE *old)
     if (!copy)
         return std::nullopt;
     const int folder = folderNumber(place), number = fileno(copy.get());
-    if (copyContents(old, copy.get()) && copyAttributes(fileno(old), number) && fsync(number) == 0)
+    if (copyContents(old, copy.get()) && copyAttributes(fileno(old), number) &&
+        fsync(number) == 0 && isStillAt(copyPlace, number))
         do {
             const FilePlace kept = keptPlace(place);
-            if (renameat2(folder, copyPlace.name.c_str(), folder, kept.name.c_str(),
-                          RENAME_NOREPLACE) == 0)
+            if (renameToFree(folder, copyPlace.name.c_str(), kept.name.c_str()))
                 return kept;
         } while (errno == EEXIST);
     discardFile(copyPlace, number);

@@ -21,9 +21,9 @@ enum class Replaced {
 // Puts a new file, made by createNewFile at `newPlace` beside `place`, in the place of the old one,
 // synced with its folder. `old` is the old file, open; null when it could not be read or is not
 // there. A regular file hands on what copyAttributes keeps; without one the new file is 0644.
-// Where a link stands the link is replaced, its target left alone, and the new file is 0644 less
-// the bits that `old` lacks: what a link led to does not come out readable. A directory, device or
-// FIFO is never replaced.
+// Where a link stands the link is replaced, its target left alone, and the new file has the group
+// of `old` and is 0644 less the bits that it lacks: what a link led to does not come out readable.
+// A directory, device or FIFO is never replaced.
 Replaced replaceFile(File newFile, const FilePlace &newPlace, const FilePlace &place,
                      std::FILE *old);
 

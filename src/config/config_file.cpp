@@ -57,13 +57,19 @@ static void checkConfigFile() {
         fatalError("%s is not a regular file\n", configPath.c_str());
 }
 
+// From now on the place opens no other file, whatever a link is made to lead to meanwhile.
+static void noteState() {
+    configState = fileState(*place);
+    place->expected = configState ? std::make_shared<const FileState>(*configState) : nullptr;
+}
+
 void openConfigFile() {
     if (configPath.empty())
         configPath = locateConfigFile().value_or(CONFIG_PATH);
     place = openPlace(configPath);
     if (!place)
         fatalError("Cannot open the folder of %s: %s\n", configPath.c_str(), std::strerror(errno));
-    configState = fileState(*place);
+    noteState();
     checkConfigFile();
 }
 
@@ -74,8 +80,11 @@ FilePlace sectionSource() { return templateUsed ? FilePlace(TEMPLATE_PATH) : con
 bool configChanged() { return fileState(configPlace()) != configState; }
 
 void acceptChangeTime() {
-    if (const auto state = fileState(configPlace()); state && configState)
-        configState->changed = state->changed;
+    auto state = fileState(configPlace());
+    if (!state || !configState)
+        return;
+    configState->changed = state->changed;
+    place->expected = std::make_shared<const FileState>(*configState);
 }
 
 bool configIsLink() {

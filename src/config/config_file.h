@@ -20,7 +20,8 @@ std::optional<std::string> locateConfigFile();
 // replaced ends the process, and so does a folder that cannot be entered: no save could succeed.
 void openConfigFile();
 
-// The configuration by its name in the folder that openConfigFile holds.
+// The configuration by its name in the folder that openConfigFile holds. Only the file that was
+// found then, unchanged, can be opened by it.
 const FilePlace &configPlace();
 
 // Where the text of the sections stands that were not configured in this run.

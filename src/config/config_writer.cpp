@@ -158,7 +158,8 @@ static void installConfig(const SaveReport &report, std::FILE *old, std::string_
 static SaveReport saveInto(TemporaryFile &temporary) {
     SaveReport report;
     const File old = openForReading(configPlace());
-    if (!configChanged() && (!old || fileState(old.get()) == configState)) {
+    const bool oldMissing = configState && !templateUsed && !old;
+    if (!configChanged() && !oldMissing) {
         const std::string text = makeConfig();
         writeTemporary(temporary.file.get(), text);
         if (!configChanged()) { // while its sections were copied
@@ -173,15 +174,22 @@ static SaveReport saveInto(TemporaryFile &temporary) {
     return report;
 }
 
+static bool isConfig(const std::optional<FileState> &state) {
+    return state && configState && state->device == configState->device &&
+           state->inode == configState->inode;
+}
+
 SaveReport writeConfig() {
     if (configChanged())
         return {SaveResult::Changed};
+    const bool restIsConfig = isConfig(linkState(CONFIG_TEMP_PATH));
     auto temporary = createTemporaryFile();
     if (!temporary)
         fatalError("Cannot open new Xconfig %s\n", CONFIG_TEMP_PATH);
     if (!temporary->file)
         return {SaveResult::Busy};
-    acceptChangeTime(); // the rest of a save may have been a second name of the configuration
+    if (restIsConfig)
+        acceptChangeTime(); // it has lost this second name, the rest of a save
     return saveInto(*temporary);
 }
 

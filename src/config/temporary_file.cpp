@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "base/paths.h"
@@ -12,11 +14,16 @@
 // Each further try is due to another save that began or ended at that moment.
 static constexpr int TEMPORARY_TRIES = 10;
 
+// What flock says on a file system that has no locks, as some network file systems; there a save
+// goes without.
+static constexpr auto TEMPORARY_NO_LOCKS =
+    std::to_array({EBADF, ENOLCK, EINVAL, EOPNOTSUPP, ENOSYS});
+
 enum class Rest { Removed, Held, Stuck };
 
-// Where there are no locks, as on some network file systems, a save goes without.
 static bool isHeld(int descriptor) {
-    return flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return flock(descriptor, LOCK_EX | LOCK_NB) != 0 &&
+           std::ranges::find(TEMPORARY_NO_LOCKS, errno) == TEMPORARY_NO_LOCKS.end();
 }
 
 // Only what nobody but this user can open is a save's file. On any other a lock does not count:
@@ -27,12 +34,13 @@ static bool isOwnAlone(int descriptor) {
            status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-// Removes what has the name. A save's file that was removed while its lock was asked for is no
-// longer there to remove: what has the name now is the next save's.
+// Removes what has the name; opened for writing, which locks over a network ask for. A save's file
+// that was removed while its lock was asked for is no longer there to remove: what has the name now
+// is the next save's.
 static Rest removeRest(const FilePlace &place) {
     const int folder = folderNumber(place);
     const Descriptor rest(openat(folder, place.name.c_str(),
-                                 O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+                                 O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (rest.number >= 0 && isOwnAlone(rest.number)) {
         if (isHeld(rest.number))
             return Rest::Held;

@@ -65,7 +65,7 @@ static std::string noticeText() {
     if (!configState)
         return noticeOf("There is no ", configPath, " yet: a template stands in.");
     if (templateUsed)
-        return keptNotice("A template stands in for what cannot be read; ");
+        return keptNotice("Not readable: a template stands in; ");
     const int dropped = countUnchangedDrops();
     if (dropped == 0)
         return "Space marks modes, P goes back; Control-H, not Backspace, erases an answer.";
