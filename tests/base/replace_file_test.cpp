@@ -69,6 +69,25 @@ TEST_F(ReplaceFileTest, TheNewFileHasTheAttributesOfTheOld) {
     umask(usual);
 }
 
+// What the folder gives to its new files, a group and a list, is no reason to show what was hidden.
+TEST_F(ReplaceFileTest, TheFolderGivesNobodyMoreThanTheOldFileDid) {
+    fs::create_directory("folder");
+    acl_t list = acl_from_text("u::rwx,u:7:rwx,g::r-x,m::rwx,o::r-x");
+    const bool lists = acl_set_file("folder", ACL_TYPE_DEFAULT, list) == 0;
+    acl_free(list);
+    if (geteuid() != 0 || !lists || chown("folder", 7, 7) != 0 || chmod("folder", 02755) != 0)
+        GTEST_SKIP() << "another user's folder takes root and access control lists";
+    writeFile("secret", "");
+    chmod("secret", 0640);
+    const std::string hidden = shownAttributes("secret");
+    fs::create_symlink("../secret", "folder/link");
+    EXPECT_EQ(replace("folder/link"), Replaced::Yes);
+    EXPECT_EQ(shownAttributes("folder/link"), hidden);
+    fs::rename("secret", "folder/old");
+    EXPECT_EQ(replace("folder/old"), Replaced::Yes);
+    EXPECT_EQ(shownAttributes("folder/old"), hidden);
+}
+
 TEST_F(ReplaceFileTest, WhereTheListCannotBeKeptTheGroupGetsNoMore) {
     writeFile("old", "");
     if (!setList("old", "u::rw,u:7:rw,g::-,m::rw,o::r"))

@@ -25,3 +25,16 @@ TEST_F(ConfigFileTest, TheUsersFileComesBeforeTheSystems) {
     unsetenv("HOME");
     EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
 }
+
+TEST_F(ConfigFileTest, OnlyTheFileThatWasFoundIsOpened) {
+    writeFile("found", "");
+    writeFile("secret", "");
+    std::filesystem::create_symlink("found", "Xconfig");
+    configPath = "Xconfig";
+    openConfigFile();
+    EXPECT_TRUE(openForReading(configPlace()));
+    std::filesystem::remove("Xconfig");
+    std::filesystem::create_symlink("secret", "Xconfig");
+    EXPECT_FALSE(openForReading(configPlace()));
+    EXPECT_TRUE(configChanged() && configIsLink());
+}
