@@ -1,6 +1,6 @@
 // What the readers of hardware data and configurations make of their files, as texts. The files are
-// pairs of tests/data, "MouseInfo" and "MouseInfo.read", and the examples of the manual pages.
-#include <algorithm>
+// pairs of tests/data, "MouseInfo" and "MouseInfo.read", cases, and the examples of the manual
+// pages.
 #include <map>
 #include <regex>
 
@@ -76,11 +76,10 @@ static std::string shownSections() {
               << ' ' << screen->virtualHeight << ' ' << screen->depth;
         for (const int position : screen->selection)
             shown << ", " << position;
-        for (const VideoMode *mode = screen->modes.get(); mode; mode = mode->next)
-            shown << '\n'
-                  << mode->label << '|' << mode->depth << ' ' << mode->hDisplay << ' '
-                  << mode->vDisplay;
         shown << '\n';
+        for (const VideoMode *mode = screen->modes.get(); mode; mode = mode->next)
+            shown << mode->label << '|' << mode->depth << ' ' << mode->hDisplay << ' '
+                  << mode->vDisplay << '\n';
     }
     return shown.str();
 }
@@ -109,6 +108,7 @@ static const std::map<std::string, Reader> READERS = {
     {"long class", {displayConfigPath(LONG_CLASS), [] { return shownModes(LONG_CLASS); }}},
     {"MouseInfo", {POINTER_LIST_PATH, shownDevices}},
     {"Xconfig.lines", {CONFIG_PATH, shownSlots}},
+    {"Xconfig.modes", {CONFIG_PATH, shownSections}},
     {"Xconfig.sections", {CONFIG_PATH, shownSections}},
     {"pointer", {CONFIG_PATH, [] { return shownPointer(nullptr); }}},
     {"chosen", {CONFIG_PATH, [] { return shownPointer(&bus); }}},
@@ -135,8 +135,8 @@ struct ReadersTest : TempDirTest {
 };
 
 TEST_F(ReadersTest, EveryKindOfLine) {
-    for (const std::string name :
-         {"CardInfo", "DisplayConfig", "MouseInfo", "Xconfig.lines", "Xconfig.sections"})
+    for (const std::string name : {"CardInfo", "DisplayConfig", "MouseInfo", "Xconfig.sections",
+                                   "Xconfig.modes", "Xconfig.lines"})
         EXPECT_EQ(read(name, sampleFile(name)), sampleFile(name + ".read"));
     EXPECT_EQ(listCount(configLines), 71);
     const auto outcome = [this](const std::string &name, const std::string &text) {
@@ -146,18 +146,6 @@ TEST_F(ReadersTest, EveryKindOfLine) {
     };
     expectCases("readers.cases", outcome);
     expectCases("mode-timing.cases", outcome);
-}
-
-TEST_F(ReadersTest, ModesBeyondTheLimitAreReportedOnce) {
-    std::string text = "Driver a\nModes\n";
-    for (int n = 1; n <= 101; n++) {
-        const std::string shown = read("Xconfig.sections", text += "\"640x480\"\n");
-        EXPECT_EQ(std::ranges::count(shown, '|'), std::min(n, 99));
-        EXPECT_EQ(shown.substr(shown.rfind("480\n") + 4),
-                  n <= 99 ? ""
-                          : "Screen section 0 of " + std::string(CONFIG_PATH) +
-                                ": only the first 99 modes are shown\n");
-    }
 }
 
 TEST_F(ReadersTest, WhatCannotBeReadOnEndsTheProcess) {
