@@ -12,14 +12,12 @@
 #include "readers/cases.h"
 #include "vdif/vdif_reader.h"
 
-using Text = std::ostringstream;
-
 static const std::string LONG_CLASS(250, 'c');
 
 static std::string shownCards() {
     cardList = nullptr;
     loadCardList();
-    Text shown;
+    std::ostringstream shown;
     for (const CardEntry *card = cardList; card; card = card->next)
         shown << '[' << card->name << "] " << card->cardClass << '\n' << card->extraLines;
     return shown.str();
@@ -28,7 +26,7 @@ static std::string shownCards() {
 static std::string shownDevices() {
     pointerDevices = nullptr;
     loadPointerDevices();
-    Text shown;
+    std::ostringstream shown;
     for (const PointerDevice *device = pointerDevices; device; device = device->next)
         shown << '[' << device->name << "] " << device->type << ' ' << device->buttons << ' '
               << device->device.value_or("-") << '\n';
@@ -38,7 +36,7 @@ static std::string shownDevices() {
 static std::string shownModes(std::string_view cardClass) {
     CardEntry card = {nullptr, "Acme", cardClass, {}, 0};
     const ModeList modes = readDisplayEntry(card);
-    Text shown;
+    std::ostringstream shown;
     shown << (card.flags == CARD_NO_VIRTUAL ? "NoVirtual\n" : "");
     for (const VideoMode *m = modes.get(); m; m = m->next)
         shown << m->label << '|' << m->name << '|' << m->depth << ' ' << m->refresh << ' '
@@ -61,7 +59,7 @@ static std::string shownTiming(const std::string &sync) {
 // The slots that are not absent.
 static std::string shownSlots() {
     configLines = readConfigLines("etc/X11/Xconfig");
-    Text shown;
+    std::ostringstream shown;
     for (const ConfigLine *line = configLines; line; line = line->next)
         if (line->state != LineState::Absent)
             shown << (line->state == LineState::Active ? "" : "# ") << line->keyword
@@ -70,7 +68,7 @@ static std::string shownSlots() {
 }
 
 static std::string shownSections() {
-    Text shown;
+    std::ostringstream shown;
     for (int index = 0; const auto screen = parseScreenSection("etc/X11/Xconfig", index); index++) {
         shown << '[' << (screen->card ? screen->card->name : "-") << "] " << screen->virtualWidth
               << ' ' << screen->virtualHeight << ' ' << screen->depth;
@@ -98,11 +96,8 @@ static std::string shownPointer(PointerDevice *chosen) {
     return shown.erase(shown.size() - 3);
 }
 
-struct Reader {
-    std::string path;
-    std::function<std::string()> show;
-};
-static const std::map<std::string, Reader> READERS = {
+// The path of each reader's file, and what shows what is read of it.
+static const std::map<std::string, std::pair<std::string, std::function<std::string()>>> READERS = {
     {"CardInfo", {CARD_LIST_PATH, shownCards}},
     {"DisplayConfig", {displayConfigPath("fast"), [] { return shownModes("fast"); }}},
     {"long class", {displayConfigPath(LONG_CLASS), [] { return shownModes(LONG_CLASS); }}},
@@ -127,9 +122,9 @@ struct ReadersTest : TempDirTest {
     }
     // What is read of a text, with the messages behind it.
     std::string read(const std::string &name, std::string_view text) {
-        const Reader &reader = READERS.at(name);
-        writeFile(reader.path, text);
-        const std::string shown = reader.show();
+        const auto &[path, show] = READERS.at(name);
+        writeFile(path, text);
+        const std::string shown = show();
         return shown + messages();
     }
 };
