@@ -1,7 +1,5 @@
 #include "config/config_writer.h"
 
-#include <filesystem>
-
 #include "config/config_file.h"
 #include "config/config_lines.h"
 #include "config/dropped_lines.h"
@@ -63,13 +61,9 @@ TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
     EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1),
                 "Can't open DisplayConfig entry usr/lib/X11/Korvel/DisplayConfig/fast/config\n");
     EXPECT_EQ(readFile(configPath), old);
-    configPath = "missing/Xconfig";
-    EXPECT_EXIT(openConfigFile(), testing::ExitedWithCode(1),
-                "Cannot open the folder of missing/Xconfig: No such file or directory\n");
 }
 
-// The number of lines that a text drops of another, or a save, with or without choices, of the
-// file.
+// So many lines drops a text of another, or a save, with or without choices, of the old file.
 TEST_F(ConfigWriterTest, EveryLineThatASaveDropsIsCountedAndTheOldFileKept) {
     PointerDevice chosen{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
     expectCases("dropped-lines.cases", [&](const std::string &kind, const std::string &text) {

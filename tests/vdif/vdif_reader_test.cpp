@@ -2,15 +2,11 @@
 
 #include <cstdlib>
 #include <iomanip>
+#include <regex>
 
 #include "readers/cases.h"
 
 static const std::string LIBRARY = samplePath("library.vda");
-
-static void replace(std::string &text, const std::string &part, const std::string &by) {
-    for (std::size_t at; (at = text.find(part)) != text.npos;)
-        text.replace(at, part.size(), by);
-}
 
 // What is read of the monitor's file, as vdif-reader.cases tells.
 static std::string shownDescription() {
@@ -51,9 +47,9 @@ TEST_F(VdifReaderTest, AMonitorGetsItsTimingsAndThoseOfTheLibraryThatFit) {
     const std::string library = readFile(LIBRARY);
     const std::size_t limits = library.find("[operational"), timings = library.find("[PRE");
     expectCases("vdif-reader.cases", [&](const std::string &kind, std::string text) {
-        replace(text, "$head", library.substr(0, limits));
-        replace(text, "$limits", library.substr(limits, timings - limits));
-        writeFile("monitor", text);
+        text = std::regex_replace(text, std::regex("\\$head"), library.substr(0, limits));
+        writeFile("monitor", std::regex_replace(text, std::regex("\\$limits"),
+                                                library.substr(limits, timings - limits)));
         if (kind == "traced")
             setenv("VDIF_TRACE", "", 1);
         defaultDescription.reset();
