@@ -26,10 +26,6 @@ class TerminalTest : public TempDirTest {
     // Starts the program in a new terminal; a program started earlier is ended.
     void start(const Arguments &arguments = {}, const Settings &settings = {});
 
-    // Runs the program without a terminal.
-    RunResult run(const Arguments &arguments, const Settings &settings = {},
-                  User user = User::ROOT);
-
     // Sends keys one by one: a character, or "<Up>", "<Down>", "<Enter>", "<Esc>", "<Space>" or
     // "<Erase>" (control-H); "<Down*3>" three times.
     void press(std::string_view keys);
@@ -66,11 +62,11 @@ class TerminalTest : public TempDirTest {
                                 config = root / "etc/X11/Xconfig",
                                 temporary = root / "etc/X11/Xconfig.tmp";
     unsigned short lines = 24, columns = 80; // size of the terminal that start() makes
-    bool hangsUp = false;      // the program gets SIGHUP; else it is ignored, as under nohup
-    bool errorsToFile = false; // standard error goes to the file "errors", not to the terminal
-    std::string output;        // all bytes that the terminal got since start()
-    pid_t program = 0;         // 0: none was started
-    int slave = -1;            // the program's end of the terminal
+    bool hangsUp = false;     // the program gets SIGHUP; else it is ignored, as under nohup
+    bool errorsToFile = true; // standard error goes to the file "errors", not to the terminal
+    std::string output;       // all bytes that the terminal got since start()
+    pid_t program = 0;        // 0: none was started
+    int slave = -1;           // the program's end of the terminal
 
     void settle(const std::string &cause); // waits until the program rests
 

@@ -1,5 +1,6 @@
 // What an unprivileged user, a terminal or an ordinary day does to a run.
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
@@ -17,54 +18,11 @@
 namespace fs = std::filesystem;
 
 static constexpr int TRIES = 10;
+static constexpr uid_t NOBODY_ID = 65534;
 static constexpr const char *CONFIG_TEXT = "LogFile /root's\nDriver one\n";
 
-struct AttacksTest : TerminalTest {
-    void SetUp() override {
-        errorsToFile = true;
-        writeFile(config, CONFIG_TEXT);
-        fs::create_directories(home);
-        EXPECT_EQ(chown(home.c_str(), 65534, 65534), 0);
-        if (geteuid() != 0)
-            GTEST_SKIP() << "two users take root";
-    }
-    ~AttacksTest() override { endAttack(); }
-    // Lets nobody do `act` on its own, from the moment it says that it is ready.
-    template <typename Act> void attack(Act act) {
-        int ready[2];
-        ASSERT_EQ(pipe(ready), 0);
-        attacker = forkInPrivateRoot("root", User::NOBODY, [&] { act([&] { close(ready[1]); }); });
-        close(ready[1]);
-        char byte;
-        EXPECT_EQ(read(ready[0], &byte, 1), 0); // its end is closed
-        close(ready[0]);
-    }
-    void endAttack() {
-        if (attacker > 0) {
-            kill(attacker, SIGKILL);
-            waitpid(attacker, nullptr, 0);
-        }
-        attacker = 0;
-    }
-    void writeAsNobody(const fs::path &path, std::string_view text) {
-        writeFile(path, text);
-        EXPECT_EQ(chown(path.c_str(), 65534, 65534), 0);
-    }
-    int save(const Arguments &arguments = {}) {
-        start(arguments);
-        press("<Enter><Down><Down><Enter>");
-        return ended() ? exitStatus() : -1;
-    }
-    const fs::path home = root / "home";
-    pid_t attacker = 0;
-};
-
-// Waits for an event of this kind on a name in the folder that begins with `name`.
-static void watchFor(const char *folder, std::uint32_t kind, std::string_view name,
-                     const auto &ready) {
-    const int watch = inotify_init();
-    inotify_add_watch(watch, folder, kind);
-    ready();
+// Waits for an event on a name that begins with `name`.
+static void awaitEvent(int watch, std::string_view name) {
     alignas(inotify_event) char events[4096];
     for (ssize_t size; (size = read(watch, events, sizeof events)) > 0;)
         for (char *at = events; at < events + size;) {
@@ -75,15 +33,59 @@ static void watchFor(const char *folder, std::uint32_t kind, std::string_view na
         }
 }
 
+struct AttacksTest : TerminalTest {
+    void SetUp() override {
+        writeFile(config, CONFIG_TEXT);
+        fs::create_directories(home);
+        EXPECT_EQ(chown(home.c_str(), NOBODY_ID, NOBODY_ID), 0);
+        if (geteuid() != 0)
+            GTEST_SKIP() << "two users take root";
+    }
+    ~AttacksTest() override { endAttack(); }
+    // Lets nobody do `act` on its own, in the root's folder, at the first event of this kind on a
+    // name in `folder` that begins with `name`.
+    void attack(const char *folder, std::uint32_t kind, std::string_view name, void (*act)()) {
+        const int watch = inotify_init();
+        inotify_add_watch(watch, (root / folder).c_str(), kind);
+        attacker = fork();
+        if (attacker == 0) {
+            if (chdir("root") == 0 && setgroups(0, nullptr) == 0 && setgid(NOBODY_ID) == 0 &&
+                setuid(NOBODY_ID) == 0) {
+                awaitEvent(watch, name);
+                act();
+            }
+            _exit(0);
+        }
+        close(watch);
+    }
+    void endAttack() {
+        if (attacker > 0) {
+            kill(attacker, SIGKILL);
+            waitpid(attacker, nullptr, 0);
+        }
+        attacker = 0;
+    }
+    void writeAsNobody(const fs::path &path, std::string_view text) {
+        writeFile(path, text);
+        EXPECT_EQ(chown(path.c_str(), NOBODY_ID, NOBODY_ID), 0);
+    }
+    int save(const Arguments &arguments = {}) {
+        start(arguments);
+        press("<Enter><Down><Down><Enter>");
+        return ended() ? exitStatus() : -1;
+    }
+    const fs::path home = root / "home";
+    pid_t attacker = 0;
+};
+
 TEST_F(AttacksTest, AFolderThatIsSwappedAmidTheSave) {
     for (int n = 0; n < TRIES; n++) {
         fs::remove_all(home / "x11");
         fs::remove_all(home / "mine");
         writeAsNobody(home / "x11/Xconfig", "Driver nobody's\n");
-        attack([](const auto &ready) {
-            watchFor("/etc/X11", IN_CREATE, "Xconfig.tmp", ready);
-            rename("/home/x11", "/home/mine");
-            std::ignore = symlink("/etc/X11", "/home/x11");
+        attack("etc/X11", IN_CREATE, "Xconfig.tmp", [] {
+            rename("home/x11", "home/mine");
+            std::ignore = symlink("/etc/X11", "home/x11");
         });
         save({"/home/x11/Xconfig"});
         endAttack();
@@ -99,13 +101,12 @@ TEST_F(AttacksTest, ADocumentWhoseNewVersionIsSwapped) {
         fs::remove(home / "trap");
         fs::create_hard_link(secret, home / "trap");
         writeAsNobody(home / "document", std::string(100'000, '\n'));
-        attack([](const auto &ready) {
-            watchFor("/home", IN_CLOSE_WRITE | IN_MODIFY, "document.", ready);
-            for (const auto &file : fs::directory_iterator("/home"))
+        attack("home", IN_CLOSE_WRITE | IN_MODIFY, "document.", [] {
+            for (const auto &file : fs::directory_iterator("home"))
                 if (file.path().filename().string().starts_with("document."))
-                    rename("/home/trap", file.path().c_str());
+                    rename("home/trap", file.path().c_str());
         });
-        run({"-l", "/home/document"});
+        runProgram({"-l", "/home/document"});
         endAttack();
         struct stat owned = {};
         stat(secret.c_str(), &owned);
@@ -116,16 +117,14 @@ TEST_F(AttacksTest, ADocumentWhoseNewVersionIsSwapped) {
 
 // What others may open locks nobody out; the file of a save that runs does.
 TEST_F(AttacksTest, ALockOfAnybody) {
-    for (const char *path : {"/etc/X11", "/etc/X11/Xconfig", "/etc/X11/Xconfig.tmp"}) {
-        if (std::string_view(path).ends_with(".tmp"))
+    for (const char *name : {"", "Xconfig", "Xconfig.tmp"}) {
+        const fs::path path = config.parent_path() / name;
+        if (path == temporary)
             writeFile(temporary, "rest");
-        attack([path](const auto &ready) {
-            flock(open(path, O_RDONLY), LOCK_EX);
-            ready();
-            pause();
-        });
+        const int other = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        ASSERT_EQ(flock(other, LOCK_EX), 0);
         EXPECT_EQ(save(), 0) << path;
-        endAttack();
+        close(other);
     }
     const int other = open(temporary.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
     ASSERT_EQ(flock(other, LOCK_EX), 0);
@@ -149,8 +148,8 @@ TEST_F(AttacksTest, ControlBytesNeverReachTheTerminal) {
     start({}, {"TERM=\033c"});
     EXPECT_EQ(rows(0, 0), "Error opening terminal: ?c.\n");
     EXPECT_EQ(exitStatus(), 1);
-    EXPECT_EQ(run({control}).errors, "\nFatal error:\nCannot open the folder of " + control +
-                                         ": No such file or directory\n\n");
+    EXPECT_EQ(runProgram({control}).errors, "\nFatal error:\nCannot open the folder of " + control +
+                                                ": No such file or directory\n\n");
 }
 
 // Where a key is waited for, and where the terminal takes no output. Then there is no telling why.
@@ -207,7 +206,7 @@ TEST_F(AttacksTest, AFileThatGrowsTooLargeIsAnErrorOfItsWrite) {
     EXPECT_EQ(save(), 1);
     EXPECT_EQ(readFile("errors"), "\nFatal error:\nCannot write new Xconfig /etc/X11/Xconfig.tmp: "
                                   "File too large\n\n");
-    EXPECT_EQ(run({"-lh", "/page"}).errors, "cannot write file /page: File too large\n");
+    EXPECT_EQ(runProgram({"-lh", "/page"}).errors, "cannot write file /page: File too large\n");
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 

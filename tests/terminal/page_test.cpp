@@ -24,14 +24,14 @@ static std::ptrdiff_t countOf(const std::string &text, const std::string &patter
 TEST_F(PageTest, ABrowserShowsARowPerCardWithItsMarks) {
     if (std::system("command -v chromium >/dev/null") != 0)
         GTEST_SKIP() << "chromium is not installed";
-    const RunResult page = run({"-lh", "/tmp/page.html"});
+    const RunResult page = runProgram({"-lh", "/tmp/page.html"});
     ASSERT_EQ(page.errors, "");
     std::filesystem::copy(SCRCONF_SOURCE_DIR "/data/images",
                           root / "images"); // beside the page's folder
     writeFile(root / "tmp/page.html", readFile(root / "tmp/page.html") + TELL_IMAGES);
     ASSERT_EQ(std::system(DUMP_PAGE), 0) << readFile("browser.log");
     const std::string dom = readFile("dom");
-    const auto cards = countOf(run({"-lt"}).output, "\n");
+    const auto cards = countOf(runProgram({"-lt"}).output, "\n");
     EXPECT_EQ(page.output, std::to_string(cards) + " supported cards\n");
     EXPECT_EQ(countOf(dom, "<table "), 1);
     EXPECT_EQ(countOf(dom, "<th colspan=\"4\">\\d+x\\d+</th>"), 6);

@@ -25,7 +25,6 @@ struct SaveFaultsTest : TerminalTest {
             umount2(folder.c_str(), MNT_DETACH);
     }
     void SetUp() override {
-        errorsToFile = true;
         writeFile(korvel / "MonitorConfig/timings.vda", sampleFile("one-timing.vda"));
         writeFile(korvel / "scrconf/CardInfo", "Class one\nA card of that class\n: Extra line\n");
         writeFile(korvel / "scrconf/MouseInfo", "Mouse \"A pointing device\" Microsoft 2 /dev/m\n");
@@ -116,7 +115,7 @@ struct SaveFaultsTest : TerminalTest {
             dup2(open("output", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDOUT_FILENO);
             dup2(open("errors", O_WRONLY | O_CREAT | O_TRUNC, 0666), STDERR_FILENO);
             raise(SIGSTOP);
-            executeInPrivateRoot("root", {"-l", path}, {}, User::ROOT);
+            executeProgram({"-l", path}, {}, User::ROOT);
         }
         waitpid(process, nullptr, WUNTRACED);
         std::vector<std::string> paths;
@@ -133,7 +132,7 @@ struct SaveFaultsTest : TerminalTest {
     void failEachCall(const std::string &path, const std::string &action) {
         const fs::path file = root / path.substr(1);
         const auto work = [&] {
-            return path.ends_with("Xconfig") ? save(path) : run({"-l", path}).status;
+            return path.ends_with("Xconfig") ? save(path) : runProgram({"-l", path}).status;
         };
         writeFile(file, OLD_TEXT);
         ASSERT_EQ(work(), 0);
@@ -235,7 +234,7 @@ TEST_F(SaveFaultsTest, MemoryRunsOut) {
     writeFile(root / "tmp/document", OLD_TEXT);
     const auto runCommand = [&](const fs::path &file, const Settings &settings) {
         if (file != config)
-            return run({"-l", "/tmp/document"}, settings);
+            return runProgram({"-l", "/tmp/document"}, settings);
         start({}, settings);
         send("\r\r\r\r\033OB\033OB\r"); // a card, its first mode, the save
         return RunResult{exitStatus(), "", readFile("errors")};

@@ -5,8 +5,7 @@
 //     start [WORDS]         the program in a new terminal of the size set last; words of the form
 //                           NAME=value are its environment, the others its arguments
 //     run, nobody [WORDS]   a run without a terminal, as root or as another user; a word
-//     /usr/bin/...
-//                           in front is the program
+//                           /usr/bin/... in front is the program
 //     press KEYS            as TerminalTest::press
 //     size, resize LINES COLUMNS    of the next terminal, of the present one
 //     screen                shows all rows; {b:bold}, {r:reverse}, {br:both}
@@ -28,13 +27,11 @@ static const fs::path WALKS = SCRCONF_SOURCE_DIR "/tests/terminal/walks";
 
 struct WalksTest : TerminalTest, testing::WithParamInterface<std::string> {
     void SetUp() override {
-        errorsToFile = true;
         fs::create_directories(root / "usr/bin");
         fs::copy_file(SCRCONF_EDID_PROGRAM, root / "usr/bin/scrconf-edid");
     }
     std::string perform(const std::string &command, std::istringstream &words);
     std::string shell(const std::string &line);
-    std::string runOnce(Arguments arguments, const Settings &settings, User user);
 };
 
 // The words of a line, divided into environment and arguments.
@@ -60,17 +57,6 @@ std::string WalksTest::shell(const std::string &line) {
     return text;
 }
 
-std::string WalksTest::runOnce(Arguments arguments, const Settings &settings, User user) {
-    const Arguments usual = programCommand;
-    if (!arguments.empty() && arguments[0].starts_with("/usr/bin/")) {
-        programCommand = {arguments[0]};
-        arguments.erase(arguments.begin());
-    }
-    const RunResult result = run(arguments, settings, user);
-    programCommand = usual;
-    return "status " + std::to_string(result.status) + "\n" + result.output + result.errors;
-}
-
 // What the command shows.
 std::string WalksTest::perform(const std::string &command, std::istringstream &words) {
     std::string rest;
@@ -85,8 +71,11 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
         press(rest);
     if (command == "start")
         start(arguments, settings);
-    if (command == "run" || command == "nobody")
-        return runOnce(arguments, settings, command == "run" ? User::ROOT : User::NOBODY);
+    if (command == "run" || command == "nobody") {
+        const User user = command == "run" ? User::ROOT : User::NOBODY;
+        const RunResult result = runProgram(arguments, settings, user);
+        return "status " + std::to_string(result.status) + "\n" + result.output + result.errors;
+    }
     if (command == "resize")
         resize(static_cast<unsigned short>(std::stoi(arguments.at(0))),
                static_cast<unsigned short>(std::stoi(arguments.at(1))));
