@@ -6,12 +6,12 @@
 //                           NAME=value are its environment, the others its arguments
 //     run, nobody [WORDS]   a run without a terminal, as root or as another user; a word
 //                           /usr/bin/... in front is the program
-//     press KEYS            as TerminalTest::press
-//     size, resize LINES COLUMNS    of the next terminal, of the present one
-//     screen                shows all rows; {b:bold}, {r:reverse}, {br:both}
-//     exit                  waits for the end; shows the status, and standard error unless the
-//                           command "errors terminal" came before
+//     press [KEYS]          as TerminalTest::press, and shows all rows; {b:bold}, {r:reverse}
+//     size LINES COLUMNS    of the next terminal
+//     resize LINES COLUMNS  of the present one, and shows all rows
+//     errors terminal       from now on standard error goes to the terminal
 //     # ...                 comment
+// Where the program has ended its status and standard error are shown in the place of the rows.
 // Behind a command stands what it shows, each line behind "|". SCRCONF_WALKS=update in the
 // environment writes down what is shown now.
 #include <algorithm>
@@ -32,6 +32,7 @@ struct WalksTest : TerminalTest, testing::WithParamInterface<std::string> {
     }
     std::string perform(const std::string &command, std::istringstream &words);
     std::string shell(const std::string &line);
+    std::string seen();
 };
 
 // The words of a line, divided into environment and arguments.
@@ -57,6 +58,16 @@ std::string WalksTest::shell(const std::string &line) {
     return text;
 }
 
+// The screen, or how the program ended.
+std::string WalksTest::seen() {
+    std::string rows = ended() && errorsToFile ? "" : screen();
+    rows.resize(std::min(rows.find_last_not_of('\n') + 2, rows.size()));
+    if (!ended())
+        return rows;
+    return rows + "status " + std::to_string(exitStatus()) + "\n" +
+           (errorsToFile ? readFile("errors") : "");
+}
+
 // What the command shows.
 std::string WalksTest::perform(const std::string &command, std::istringstream &words) {
     std::string rest;
@@ -67,27 +78,22 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
     const auto [settings, arguments] = divide(words);
     if (command == "sh")
         return shell(rest);
-    if (command == "press")
-        press(rest);
-    if (command == "start")
-        start(arguments, settings);
     if (command == "run" || command == "nobody") {
         const User user = command == "run" ? User::ROOT : User::NOBODY;
         const RunResult result = runProgram(arguments, settings, user);
         return "status " + std::to_string(result.status) + "\n" + result.output + result.errors;
     }
+    if (command == "errors")
+        errorsToFile = arguments.at(0) != "terminal";
+    if (command == "start")
+        start(arguments, settings);
+    if (command == "press")
+        press(rest);
     if (command == "resize")
         resize(static_cast<unsigned short>(std::stoi(arguments.at(0))),
                static_cast<unsigned short>(std::stoi(arguments.at(1))));
-    if (command == "errors")
-        errorsToFile = arguments.at(0) != "terminal";
-    if (command == "screen") {
-        const std::string rows = screen();
-        return rows.substr(0, rows.find_last_not_of('\n') + 2);
-    }
-    if (command == "exit")
-        return "status " + std::to_string(exitStatus()) + "\n" +
-               (errorsToFile ? readFile("errors") : "");
+    if (command == "press" || command == "resize" || (command == "start" && ended()))
+        return seen();
     return "";
 }
 
