@@ -12,23 +12,13 @@ static bool isExhausted() {
 }
 
 void *operator new(std::size_t size) {
-    for (;;) {
-        void *memory = isExhausted() ? nullptr : std::malloc(size > 0 ? size : 1);
-        if (memory)
-            return memory;
+    while (isExhausted()) {
         const std::new_handler handler = std::get_new_handler();
         if (!handler)
             throw std::bad_alloc();
         handler();
     }
-}
-
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
-    try {
-        return operator new(size);
-    } catch (const std::bad_alloc &) {
-        return nullptr;
-    }
+    return std::malloc(size > 0 ? size : 1);
 }
 
 // Memory resources ask so; what they are asked for needs no more alignment than malloc gives.
@@ -36,4 +26,4 @@ void *operator new(std::size_t size, std::align_val_t) { return operator new(siz
 
 void operator delete(void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void *memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void *memory, std::align_val_t) noexcept { std::free(memory); }
