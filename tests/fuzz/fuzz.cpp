@@ -1,7 +1,7 @@
-// Mutated inputs for every reader: `fuzz TARGET [libFuzzer's arguments]`. An input goes into a file
-// below the current directory, which the target's reader reads. It must come to an end without an
-// error that a sanitizer finds, within memory that is a small multiple of the input, and keep the
-// target's own rule. Messages are formatted and dropped.
+// Mutated inputs for every reader; the environment variable FUZZ_TARGET names the one. An input
+// goes into a file below the current directory, which the reader reads. It must come to an end
+// without an error that a sanitizer finds, within memory that is a small multiple of the input, and
+// keep the target's own rule. Messages are formatted and dropped.
 #include <algorithm>
 #include <cstdarg>
 #include <cstdint>
@@ -99,35 +99,22 @@ static void checkDisplayEntry(std::string_view input) {
         require(mode->label.size() <= 255 && mode->name.size() <= 255, "texts keep their limit");
 }
 
-// What is to be found again of the global region, by keyword. A slot without a value is free for
-// the next line of its keyword, and the buttons are those of the pointer device.
-using Settings = std::map<std::string_view, std::vector<std::pair<LineState, std::string>>>;
-
-static Settings readSettings(std::string_view text) {
+// The global region as a save writes what was read of the text.
+static std::string rewriteSettings(std::string_view text) {
     freeList(configLines);
     readAs("Xconfig", text, [] { configLines = readConfigLines("Xconfig"); });
-    Settings settings;
-    for (const ConfigLine *line = configLines; line; line = line->next) {
-        if (line->state == LineState::Absent || line->keyword == "Buttons")
-            continue;
-        auto &values = settings[line->keyword];
-        if (!values.empty() && values.back().second.empty())
-            values.pop_back();
-        values.emplace_back(line->state, line->value.value_or(""));
-    }
-    return settings;
+    std::string written;
+    writeGlobalLines(written);
+    return written;
 }
 
 static void checkConfigLines(std::string_view input) {
-    const Settings settings = readSettings(input);
-    std::string written;
-    writeGlobalLines(written);
+    const std::string written = rewriteSettings(input);
     std::istringstream lines(written);
     bool whole = true; // a longer line is read in pieces
     for (std::string line; std::getline(lines, line);)
         whole = whole && line.size() < CONFIG_PIECE_MAX;
-    if (whole)
-        require(readSettings(written) == settings, "the settings that are written are read again");
+    require(!whole || rewriteSettings(written) == written, "what is written is read again");
 }
 
 static void readScreens() {
@@ -258,18 +245,8 @@ static const std::map<std::string_view, void (*)(std::string_view input)> TARGET
     {"mif_document", checkMifDocument},   {"pointer_devices", checkPointerDevices},
     {"screen_config", checkScreenConfig}, {"vdif_reader", checkMonitorFile}};
 
-static void (*target)(std::string_view input);
-
-// Takes the target's name from the arguments.
-extern "C" int LLVMFuzzerInitialize(int *count, char ***arguments) {
-    target = TARGETS.at(*count > 1 ? (*arguments)[1] : "");
-    (*arguments)[1] = (*arguments)[0];
-    ++*arguments;
-    --*count;
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    target({reinterpret_cast<const char *>(data), size});
+    static const auto check = TARGETS.at(std::getenv("FUZZ_TARGET"));
+    check({reinterpret_cast<const char *>(data), size});
     return 0;
 }
