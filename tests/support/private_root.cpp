@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 
@@ -30,19 +31,11 @@ static Arguments enteringCommand(User user) {
 #ifdef __SANITIZE_ADDRESS__
     const Arguments lend = {
         "unshare", "--mount", isRoot ? "--mount" : "--map-root-user",
-        "sh",      "-c",      "mount --bind /proc/self \"$0/proc/self\" && exec \"$@\"",
+        "sh",      "-c",      "mount --bind /proc/$$ \"$0/proc/self\" && exec \"$@\"",
         "root"};
     command.insert(command.begin(), lend.begin(), lend.end());
 #endif
     return command;
-}
-
-static std::vector<char *> pointersTo(std::vector<std::string> &texts) {
-    std::vector<char *> pointers;
-    for (std::string &text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 // A descriptor whose file cannot be opened is closed.
@@ -72,13 +65,20 @@ RunResult runProgram(const Arguments &arguments, const Settings &settings, User 
 }
 
 void executeProgram(const Arguments &arguments, const Settings &settings, User user) {
+    clearenv();
+    Settings environment = FIXED_SETTINGS;
+    std::ranges::copy(settings, std::back_inserter(environment));
+    for (std::string &setting : environment)
+        putenv(setting.data());
     Arguments command = enteringCommand(user);
     if (arguments.empty() || !arguments[0].starts_with("/usr/bin/"))
         command.push_back("/usr/sbin/scrconf");
     std::ranges::copy(arguments, std::back_inserter(command));
-    Settings environment = settings; // of equal names the first counts
-    std::ranges::copy(FIXED_SETTINGS, std::back_inserter(environment));
-    execvpe(command[0].c_str(), pointersTo(command).data(), pointersTo(environment).data());
+    std::vector<char *> words;
+    for (std::string &word : command)
+        words.push_back(word.data());
+    words.push_back(nullptr);
+    execvp(words[0], words.data());
     _exit(STATUS_NO_PROGRAM);
 }
 

@@ -21,9 +21,17 @@ void *operator new(std::size_t size) {
     return std::malloc(size > 0 ? size : 1);
 }
 
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
 // Memory resources ask so; what they are asked for needs no more alignment than malloc gives.
 void *operator new(std::size_t size, std::align_val_t) { return operator new(size); }
 
 void operator delete(void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void *memory, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void *memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
