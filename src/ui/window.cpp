@@ -71,8 +71,9 @@ static void repaintScreen() {
     for (const OpenWindow &open : openWindows) {
         if (open.window == stdscr)
             continue;
-        wresize(open.window, open.height, open.width);
+        wresize(open.window, 1, 1); // curses moves no window that would not fit
         mvwin(open.window, open.screenRow, open.screenColumn);
+        wresize(open.window, open.height, open.width);
     }
     clearok(curscr, TRUE);
     touchwin(stdscr);

@@ -1,4 +1,4 @@
-// What a walk cannot say of the screens: any terminal, any size, any locale, any keys.
+// What a walk cannot say of the screens: any locale, any keys.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -17,39 +17,6 @@ struct ScreensTest : TerminalTest {
         writeFile(korvel / "DisplayConfig/none/config", "Modes\n");
     }
 };
-
-// On each type and at each size every screen is the same, and a shrinking terminal loses nothing.
-TEST_F(ScreensTest, TerminalTypesAndSizes) {
-    std::vector<std::string> expected;
-    for (const char *type : {"TERM=xterm-256color", "TERM=linux", "TERM=vt100"})
-        for (const bool large : {false, true}) {
-            SCOPED_TRACE(std::string(type) + (large ? ", large" : ""));
-            lines = large ? 50 : 24, columns = large ? 132 : 80;
-            start({}, {type});
-            std::vector<std::string> seen;
-            for (const char *keys :
-                 {"", "<Enter>", "<Enter>", "<Enter><Space><Down><Space>", "<Enter>",
-                  "<Enter>p<Down><Enter>", "<Enter>/dev/x", "<Enter>"}) {
-                press(keys);
-                const std::string before = screen();
-                const auto place = cursor();
-                const unsigned short height = lines, width = columns;
-                resize(1, 1);
-                resize(height, width);
-                EXPECT_EQ(screen(), before);
-                EXPECT_EQ(cursor(), place);
-                seen.push_back(rows(0, 23));
-            }
-            EXPECT_EQ(seen, expected.empty() ? seen : expected);
-            expected = seen;
-        }
-    start();
-    press("<Enter>");
-    resize(10, 40);
-    press("<Enter>p"); // drawn on a terminal that is too small
-    resize(24, 80);
-    EXPECT_EQ(screen(), expected[1]);
-}
 
 TEST_F(ScreensTest, NumbersAreTheSameInEveryLocale) {
     const std::string folder = "root/usr/lib/locale/de_DE.utf8";

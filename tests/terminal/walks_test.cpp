@@ -12,7 +12,8 @@
 //     errors terminal       from now on standard error goes to the terminal
 //     # ...                 comment
 // Where the program has ended its status and standard error are shown in the place of the rows.
-// Behind a command stands what it shows, each line behind "|". SCRCONF_WALKS=update in the
+// Each walk goes through terminals of three types; whatever is shown survives that they shrink to
+// nothing. Behind a command stands what it shows, each line behind "|". SCRCONF_WALKS=update in the
 // environment writes down what is shown now.
 #include <algorithm>
 #include <array>
@@ -25,7 +26,7 @@ namespace fs = std::filesystem;
 
 static const fs::path WALKS = SCRCONF_SOURCE_DIR "/tests/terminal/walks";
 
-struct WalksTest : TerminalTest, testing::WithParamInterface<std::string> {
+struct WalksTest : TerminalTest, testing::WithParamInterface<std::tuple<std::string, std::string>> {
     void SetUp() override {
         fs::create_directories(root / "usr/bin");
         fs::copy_file(SCRCONF_EDID_PROGRAM, root / "usr/bin/scrconf-edid");
@@ -60,12 +61,18 @@ std::string WalksTest::shell(const std::string &line) {
 
 // The screen, or how the program ended.
 std::string WalksTest::seen() {
-    std::string rows = ended() && errorsToFile ? "" : screen();
-    rows.resize(std::min(rows.find_last_not_of('\n') + 2, rows.size()));
-    if (!ended())
-        return rows;
-    return rows + "status " + std::to_string(exitStatus()) + "\n" +
-           (errorsToFile ? readFile("errors") : "");
+    const std::string shown = ended() && errorsToFile ? "" : screen();
+    const std::string rows = shown.substr(0, shown.find_last_not_of('\n') + 2);
+    if (ended())
+        return rows + "status " + std::to_string(exitStatus()) + "\n" +
+               (errorsToFile ? readFile("errors") : "");
+    const auto [height, width] = std::pair(lines, columns);
+    const auto place = cursor();
+    resize(1, 1);
+    resize(height, width);
+    EXPECT_EQ(screen(), shown);
+    EXPECT_EQ(cursor(), place);
+    return rows;
 }
 
 // What the command shows.
@@ -75,7 +82,7 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
         std::getline(words >> std::ws, rest);
     if (command == "size")
         words >> lines >> columns;
-    const auto [settings, arguments] = divide(words);
+    auto [settings, arguments] = divide(words);
     if (command == "sh")
         return shell(rest);
     if (command == "run" || command == "nobody") {
@@ -85,8 +92,10 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
     }
     if (command == "errors")
         errorsToFile = arguments.at(0) != "terminal";
-    if (command == "start")
+    if (command == "start") {
+        settings.insert(settings.begin(), "TERM=" + std::get<1>(GetParam()));
         start(arguments, settings);
+    }
     if (command == "press")
         press(rest);
     if (command == "resize")
@@ -98,7 +107,7 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
 }
 
 TEST_P(WalksTest, ShowsWhatIsWrittenThere) {
-    const fs::path path = WALKS / (GetParam() + ".walk");
+    const fs::path path = WALKS / (std::get<0>(GetParam()) + ".walk");
     const std::string expected = readFile(path);
     std::istringstream walk(expected);
     std::string shown;
@@ -127,5 +136,9 @@ static std::vector<std::string> walkNames() {
     return names;
 }
 
-INSTANTIATE_TEST_SUITE_P(, WalksTest, testing::ValuesIn(walkNames()),
-                         [](const auto &walk) { return walk.param; });
+INSTANTIATE_TEST_SUITE_P(, WalksTest,
+                         testing::Combine(testing::ValuesIn(walkNames()),
+                                          testing::Values("xterm", "linux", "vt100")),
+                         [](const auto &walk) {
+                             return std::get<0>(walk.param) + "_" + std::get<1>(walk.param);
+                         });
