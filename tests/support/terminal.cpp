@@ -46,35 +46,28 @@ static bool hasSignal(pid_t process) {
     return state.find("ShdPnd:\t0000000000000000\n") == state.npos;
 }
 
-static std::string markAt(VTermScreen *display, int row, int column) {
+static std::string markAt(VTermScreen *display, VTermPos at) {
     VTermScreenCell cell;
-    vterm_screen_get_cell(display, {row, column}, &cell);
+    vterm_screen_get_cell(display, at, &cell);
     if (cell.attrs.bold)
         return cell.attrs.reverse ? "{br:" : "{b:";
     return cell.attrs.reverse ? "{r:" : "";
 }
 
-// UTF-8. A cell that nothing was written to is a blank, and so is the second of a wide character.
-static std::string cellText(VTermScreen *display, int row, int column) {
-    char text[VTERM_MAX_CHARS_PER_CELL * 4];
-    const VTermRect cell{row, row + 1, column, column + 1};
-    const std::size_t length = vterm_screen_get_text(display, text, sizeof text, cell);
-    return length == 0 ? " " : std::string(text, length);
-}
-
-static std::string rowText(VTermScreen *display, int row, int end) {
-    while (end > 0 && cellText(display, row, end - 1) == " " &&
-           markAt(display, row, end - 1).find('r') == std::string::npos)
-        end--;
+static std::string rowText(VTermScreen *display, int row, int columns) {
     std::string text, mark;
-    for (int column = 0; column < end; column++) {
-        const std::string next = markAt(display, row, column);
+    for (int column = 0; column < columns; column++) {
+        const std::string next = markAt(display, {row, column});
         if (next != mark)
             text += (mark.empty() ? "" : "}") + next;
         mark = next;
-        text += cellText(display, row, column);
+        char cell[VTERM_MAX_CHARS_PER_CELL * 4]; // UTF-8
+        const std::size_t size =
+            vterm_screen_get_text(display, cell, sizeof cell, {row, row + 1, column, column + 1});
+        text += size == 0 ? " " : std::string(cell, size); // also behind a wide character
     }
-    return text + (mark.empty() ? "" : "}");
+    text += mark.empty() ? "" : "}";
+    return text.erase(text.find_last_not_of(' ') + 1);
 }
 
 TerminalTest::TerminalTest() { stage(); }

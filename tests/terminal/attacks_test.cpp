@@ -18,6 +18,7 @@
 namespace fs = std::filesystem;
 
 static constexpr int TRIES = 10;
+static constexpr unsigned ATTACK_LIMIT = 30; // s
 static constexpr uid_t NOBODY_ID = 65534;
 static constexpr const char *CONFIG_TEXT = "LogFile /root's\nDriver one\n";
 
@@ -41,14 +42,14 @@ struct AttacksTest : TerminalTest {
         if (geteuid() != 0)
             GTEST_SKIP() << "two users take root";
     }
-    ~AttacksTest() override { endAttack(); }
     // Lets nobody do `act` on its own, in the root's folder, at the first event of this kind on a
     // name in `folder` that begins with `name`.
-    void attack(const char *folder, std::uint32_t kind, std::string_view name, void (*act)()) {
+    static pid_t attack(const char *folder, std::uint32_t kind, const char *name, void (*act)()) {
         const int watch = inotify_init();
-        inotify_add_watch(watch, (root / folder).c_str(), kind);
-        attacker = fork();
+        inotify_add_watch(watch, ("root/" + std::string(folder)).c_str(), kind);
+        const pid_t attacker = fork();
         if (attacker == 0) {
+            alarm(ATTACK_LIMIT);
             if (chdir("root") == 0 && setgroups(0, nullptr) == 0 && setgid(NOBODY_ID) == 0 &&
                 setuid(NOBODY_ID) == 0) {
                 awaitEvent(watch, name);
@@ -57,13 +58,7 @@ struct AttacksTest : TerminalTest {
             _exit(0);
         }
         close(watch);
-    }
-    void endAttack() {
-        if (attacker > 0) {
-            kill(attacker, SIGKILL);
-            waitpid(attacker, nullptr, 0);
-        }
-        attacker = 0;
+        return attacker;
     }
     void writeAsNobody(const fs::path &path, std::string_view text) {
         writeFile(path, text);
@@ -75,7 +70,6 @@ struct AttacksTest : TerminalTest {
         return ended() ? exitStatus() : -1;
     }
     const fs::path home = root / "home";
-    pid_t attacker = 0;
 };
 
 TEST_F(AttacksTest, AFolderThatIsSwappedAmidTheSave) {
@@ -83,12 +77,12 @@ TEST_F(AttacksTest, AFolderThatIsSwappedAmidTheSave) {
         fs::remove_all(home / "x11");
         fs::remove_all(home / "mine");
         writeAsNobody(home / "x11/Xconfig", "Driver nobody's\n");
-        attack("etc/X11", IN_CREATE, "Xconfig.tmp", [] {
+        const pid_t attacker = attack("etc/X11", IN_CREATE, "Xconfig.tmp", [] {
             rename("home/x11", "home/mine");
             std::ignore = symlink("/etc/X11", "home/x11");
         });
         save({"/home/x11/Xconfig"});
-        endAttack();
+        waitpid(attacker, nullptr, 0);
         ASSERT_EQ(readFile(config), CONFIG_TEXT) << "try " << n;
     }
 }
@@ -101,13 +95,13 @@ TEST_F(AttacksTest, ADocumentWhoseNewVersionIsSwapped) {
         fs::remove(home / "trap");
         fs::create_hard_link(secret, home / "trap");
         writeAsNobody(home / "document", std::string(100'000, '\n'));
-        attack("home", IN_CLOSE_WRITE | IN_MODIFY, "document.", [] {
+        const pid_t attacker = attack("home", IN_CLOSE_WRITE | IN_MODIFY, "document.", [] {
             for (const auto &file : fs::directory_iterator("home"))
                 if (file.path().filename().string().starts_with("document."))
                     rename("home/trap", file.path().c_str());
         });
         runProgram({"-l", "/home/document"});
-        endAttack();
+        waitpid(attacker, nullptr, 0);
         struct stat owned = {};
         stat(secret.c_str(), &owned);
         ASSERT_EQ(owned.st_uid, 0u) << "try " << n;
