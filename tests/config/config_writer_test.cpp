@@ -54,15 +54,6 @@ TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntryAndTheOtherKept
     EXPECT_EQ(lines, "# LogFile /tmp/log\nMouse Elo\nOption \n\n\n\n");
 }
 
-TEST_F(ConfigWriterTest, AFaultLeavesTheOldFile) {
-    const std::string old = readFile(configPath);
-    configureScreen(screens[1]);
-    fs::remove("usr/lib/X11/Korvel/DisplayConfig/fast/config");
-    EXPECT_EXIT(writeConfig(), testing::ExitedWithCode(1),
-                "Can't open DisplayConfig entry usr/lib/X11/Korvel/DisplayConfig/fast/config\n");
-    EXPECT_EQ(readFile(configPath), old);
-}
-
 // So many lines drops a text of another, or a save, with or without choices, of the old file.
 TEST_F(ConfigWriterTest, EveryLineThatASaveDropsIsCountedAndTheOldFileKept) {
     PointerDevice chosen{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};

@@ -1,23 +1,20 @@
 // EDIDs of monitors that were made up, and the modes that scrconf is to make of their timings.
 #pragma once
 
-#include <cstdio>
 #include <numeric>
 #include <string>
 #include <vector>
 
 #include "edid/monitor_timing.h"
+#include "support/files.h"
 #include "vdif/mode_timing.h"
 
 using EdidImage = std::vector<std::uint8_t>;
 
 // What `tools/make-edid monitor` writes.
 inline EdidImage madeEdid(const std::string &monitor) {
-    std::FILE *made = popen(("'" SCRCONF_SOURCE_DIR "/tools/make-edid' " + monitor).c_str(), "r");
-    EdidImage edid(4096);
-    edid.resize(std::fread(edid.data(), 1, edid.size(), made));
-    pclose(made);
-    return edid;
+    const std::string edid = outputOf("'" SCRCONF_SOURCE_DIR "/tools/make-edid' " + monitor);
+    return {edid.begin(), edid.end()};
 }
 
 // Makes the checksum of each block right.

@@ -1,5 +1,6 @@
 #include "support/files.h"
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 
@@ -16,4 +17,13 @@ std::string readFile(const fs::path &path) {
         return "";
     std::ifstream stream(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string outputOf(const std::string &command) {
+    std::FILE *pipe = popen(command.c_str(), "r");
+    std::string text;
+    for (int byte; (byte = std::getc(pipe)) != EOF;)
+        text += static_cast<char>(byte);
+    pclose(pipe);
+    return text;
 }

@@ -1,8 +1,6 @@
 // Files of the tests.
 #pragma once
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -19,14 +17,5 @@ inline std::string samplePath(const std::string &name) {
 }
 inline std::string sampleFile(const std::string &name) { return readFile(samplePath(name)); }
 
-// What `write` writes to the stream that it is given.
-template <typename Write> std::string textOf(Write write) {
-    char *bytes = nullptr;
-    std::size_t size = 0;
-    std::FILE *out = open_memstream(&bytes, &size);
-    write(out);
-    std::fclose(out);
-    std::string text(bytes, size);
-    std::free(bytes);
-    return text;
-}
+// The output of a shell command.
+std::string outputOf(const std::string &command);

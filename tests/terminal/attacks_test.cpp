@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <random>
 #include <string_view>
 
 #include "support/terminal.h"
@@ -211,4 +212,27 @@ TEST_F(AttacksTest, ARunThatWasStoppedIsPaintedAnew) {
     EXPECT_EQ(screen(), before);
     tcgetattr(slave, &cooked);
     EXPECT_EQ(cooked.c_lflag, raw.c_lflag);
+}
+
+// Keys by chance, most of them with an effect. They cannot save: another save seems to run.
+TEST_F(AttacksTest, AFloodOfKeys) {
+    static constexpr int KEYS = 50'000, AT_ONCE = 100;
+    static constexpr const char *COMMON[] = {"\033OA", "\033OA", "\033OA", "\033OA",
+                                             "\033OB", "\r",     " ",      "\b"};
+    const int lock = open(temporary.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    std::mt19937 random(1);
+    for (int sent = 0; sent < KEYS;) {
+        start();
+        for (; !ended() && sent < KEYS; sent += AT_ONCE) {
+            std::string keys;
+            for (int n = 0; n < AT_ONCE; n++)
+                keys += random() % 8 != 0 ? std::string(COMMON[random() % std::size(COMMON)])
+                                          : std::string(1, static_cast<char>(random()));
+            send(keys);
+        }
+        ASSERT_EQ(ended() ? exitStatus() : 0, 0) << screen();
+    }
+    close(lock);
+    EXPECT_EQ(readFile(config), CONFIG_TEXT);
 }

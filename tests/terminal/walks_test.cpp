@@ -16,7 +16,6 @@
 // nothing. Behind a command stands what it shows, each line behind "|". SCRCONF_WALKS=update in the
 // environment writes down what is shown now.
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <sstream>
 
@@ -32,7 +31,6 @@ struct WalksTest : TerminalTest, testing::WithParamInterface<std::tuple<std::str
         fs::copy_file(SCRCONF_EDID_PROGRAM, root / "usr/bin/scrconf-edid");
     }
     std::string perform(const std::string &command, std::istringstream &words);
-    std::string shell(const std::string &line);
     std::string seen();
 };
 
@@ -45,18 +43,6 @@ static std::pair<Settings, Arguments> divide(std::istringstream &words) {
         else
             divided.second.push_back(word == "''" ? "" : word);
     return divided;
-}
-
-std::string WalksTest::shell(const std::string &line) {
-    const std::string command =
-        "export SOURCE='" SCRCONF_SOURCE_DIR "'; cd root; exec 2>&1; " + line;
-    std::FILE *pipe = popen(command.c_str(), "r");
-    std::string text;
-    std::array<char, 4096> part;
-    while (const std::size_t size = std::fread(part.data(), 1, part.size(), pipe))
-        text.append(part.data(), size);
-    pclose(pipe);
-    return text;
 }
 
 // The screen, or how the program ended.
@@ -84,7 +70,7 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
         words >> lines >> columns;
     auto [settings, arguments] = divide(words);
     if (command == "sh")
-        return shell(rest);
+        return outputOf("export SOURCE='" SCRCONF_SOURCE_DIR "'; cd root; exec 2>&1; " + rest);
     if (command == "run" || command == "nobody") {
         const User user = command == "run" ? User::ROOT : User::NOBODY;
         const RunResult result = runProgram(arguments, settings, user);
