@@ -4,11 +4,10 @@
 
 #include "base/file.h"
 #include "base/paths.h"
-#include "catalogue/cell_text.h"
 #include "catalogue/html_page.h"
 #include "catalogue/mif_document.h"
 #include "hwdb/display_entry.h"
-#include "readers/cases.h"
+#include "support/temp_dir.h"
 
 static constexpr bool MARKS = true, RATES = false;
 
@@ -40,13 +39,6 @@ TEST_F(CatalogueTest, TablesAreWrittenAsTheirFormatsWant) {
     EXPECT_EQ(build(htmlFormatter, 2, MARKS, 2), sampleFile("catalogue.groups.html"));
     EXPECT_EQ(build(mifFormatter, 5, MARKS), sampleFile("catalogue.mif"));
     EXPECT_EQ(build(mifFormatter, 1, RATES, 1), sampleFile("catalogue.groups.mif"));
-}
-
-TEST_F(CatalogueTest, TheChipsetIsReadInPieces) {
-    expectCases("chipset.cases", [](const std::string &cardClass, const std::string &text) {
-        writeFile(displayConfigPath(cardClass), text);
-        return chipsetOf(cardClass);
-    });
 }
 
 // Whatever stands before the table body and behind it stays; the second update finds the first.

@@ -200,31 +200,16 @@ static void checkMonitorFile(std::string_view input) {
     }
 }
 
-// Reads what scrconf-edid makes of the timings; false when that is nothing.
-static bool readConverted(const Edid &edid) {
+// What is made of an EDID is a monitor file, or nothing.
+static void checkImage(const EdidImage &image) {
+    Edid edid;
+    if (!decodeEdid(image, edid).empty())
+        return;
     const std::string text = vdifText(edid);
     require(std::ranges::all_of(text, [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }),
             "the monitor file has printable characters only");
-    if (!text.empty())
-        readMonitor(text);
-    return !text.empty();
-}
-
-static void checkImage(const EdidImage &image) {
-    static constexpr std::size_t TIMINGS_MAX = 8; // so many are converted
-    Edid edid;
-    if (!decodeEdid(image, edid).empty() || !readConverted(edid))
-        return;
-    require(timingCount(*currentDescription) > 0, "the timings are read");
-    edid.detailed.resize(std::min(edid.detailed.size(), TIMINGS_MAX));
-    for (const MonitorTiming &timing : edid.detailed) {
-        Edid alone;
-        alone.detailed = {timing};
-        if (!readConverted(alone))
-            continue;
-        const auto mode = findTimingByName(timingName(timingRecord(*currentDescription, 0)));
-        require(mode && convertsBack(*mode, timing), "a timing converts back");
-    }
+    readMonitor(text);
+    require(text.empty() || timingCount(*currentDescription) > 0, "its timings are read");
 }
 
 // An EDID as it is, and with its header, version and checksums made right.

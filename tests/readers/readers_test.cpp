@@ -174,32 +174,31 @@ template <typename Operation> static std::string written(Operation operation) {
 
 // No example is at fault, and what the pages show as the result comes out.
 TEST_F(ReadersTest, TheExamplesOfTheManual) {
-    writeFile("monitor.vda", example("vdif", 0));
+    const std::pair<const char *, std::string> files[] = {
+        {"vdif", "monitor.vda"},
+        {"MouseInfo", POINTER_LIST_PATH},
+        {"Xconfig", CONFIG_PATH},
+        {"CardInfo", CARD_LIST_PATH},
+        {"DisplayConfig", displayConfigPath("a64")}};
+    for (const auto &[page, path] : files)
+        writeFile(path, example(page, 0));
     loadMonitorDescriptions(nullptr, "monitor.vda");
-    writeFile(POINTER_LIST_PATH, example("MouseInfo", 0));
     loadPointerDevices();
-    writeFile("etc/X11/Xconfig", example("Xconfig", 0));
-    configLines = readConfigLines("etc/X11/Xconfig");
+    loadCardList();
+    configLines = readConfigLines(CONFIG_PATH);
     setUpPointer();
     EXPECT_EQ(written(writeGlobalLines), example("Xconfig", 1));
-    EXPECT_EQ(parseScreenSection("etc/X11/Xconfig", 0)->selection.size(), 2u);
-    EXPECT_EQ(parseScreenSection("etc/X11/Xconfig", 1)->selection.size(), 1u);
-    std::string shown;
+    std::string lines, labels;
     for (const PointerDevice *device = pointerDevices; device; device = device->next)
-        writePointerLines(shown, *device);
-    EXPECT_EQ(shown, example("MouseInfo", 1));
-
-    writeFile(CARD_LIST_PATH, example("CardInfo", 0));
-    loadCardList();
+        writePointerLines(lines, *device);
+    EXPECT_EQ(lines, example("MouseInfo", 1));
     testing::internal::CaptureStdout();
     printNumberedList(cardList);
     ASSERT_EQ(testing::internal::GetCapturedStdout(), example("CardInfo", 1));
-    writeFile(displayConfigPath("a64"), example("DisplayConfig", 0));
     ScreenConfig screen{cardList, false, readDisplayEntry(*cardList), {1, 2, 3}, 1024, 768, 8};
-    std::string menu;
     for (const VideoMode *mode = screen.modes.get(); mode; mode = mode->next)
-        menu += mode->label + "\n";
-    ASSERT_EQ(menu, example("DisplayConfig", 1));
+        labels += mode->label + "\n";
+    EXPECT_EQ(labels, example("DisplayConfig", 1));
     const std::string section = written([&](std::string &out) { writeScreenSection(out, screen); });
     EXPECT_EQ(section, example("DisplayConfig", 2));
     EXPECT_NE(section.find(example("vdif", 1)), section.npos) << section;
