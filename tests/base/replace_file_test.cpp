@@ -24,9 +24,9 @@ static Replaced replace(const fs::path &path) {
 }
 
 // False where the file system has no access control lists.
-static bool setList(const char *path, const char *text) {
+static bool setList(const char *path, const char *text, acl_type_t type = ACL_TYPE_ACCESS) {
     acl_t list = acl_from_text(text);
-    const bool set = acl_set_file(path, ACL_TYPE_ACCESS, list) == 0;
+    const bool set = acl_set_file(path, type, list) == 0;
     acl_free(list);
     return set;
 }
@@ -77,10 +77,9 @@ TEST_F(ReplaceFileTest, ARegularFileGivesItsAttributesToTheNewOne) {
 // What the folder gives to its new files, a group and a list, is no reason to show what was hidden.
 TEST_F(ReplaceFileTest, TheFolderGivesNobodyMoreThanTheOldFileDid) {
     fs::create_directory("folder");
-    acl_t list = acl_from_text("u::rwx,u:7:rwx,g::r-x,m::rwx,o::r-x");
-    const bool lists = acl_set_file("folder", ACL_TYPE_DEFAULT, list) == 0;
-    acl_free(list);
-    if (geteuid() != 0 || !lists || chown("folder", 7, 7) != 0 || chmod("folder", 02755) != 0)
+    if (geteuid() != 0 ||
+        !setList("folder", "u::rwx,u:7:rwx,g::r-x,m::rwx,o::r-x", ACL_TYPE_DEFAULT) ||
+        chown("folder", 7, 7) != 0 || chmod("folder", 02755) != 0)
         GTEST_SKIP() << "another user's folder takes root and access control lists";
     writeFile("secret", "");
     chmod("secret", 0640);

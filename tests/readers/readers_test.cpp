@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "base/paths.h"
+#include "base/text_scanner.h"
 #include "config/config_lines.h"
 #include "config/config_writer.h"
 #include "config/pointer_line.h"
@@ -141,6 +142,10 @@ TEST_F(ReadersTest, EveryKindOfLine) {
     };
     expectCases("readers.cases", outcome);
     expectCases("mode-timing.cases", outcome);
+    expectCases("integers.cases", [](const std::string &, std::string_view text) {
+        const auto value = scanInt(text);
+        return (value ? std::to_string(*value) : "none") + "|" + std::string(text);
+    });
 }
 
 TEST_F(ReadersTest, WhatCannotBeReadOnEndsTheProcess) {

@@ -7,7 +7,7 @@
 
 namespace fs = std::filesystem;
 
-TempDirTest::TempDirTest() : previous(fs::current_path()) {
+TempDirTest::TempDirTest() {
     std::string name = (fs::temp_directory_path() / "scrconf-test-XXXXXX").string();
     directory = mkdtemp(name.data());
     fs::current_path(directory);
@@ -20,7 +20,7 @@ TempDirTest::~TempDirTest() {
     dup2(terminalErrors, STDERR_FILENO);
     close(terminalErrors);
     close(messageFile);
-    fs::current_path(previous);
+    fs::current_path("/");
     fs::remove_all(directory);
 }
 

@@ -18,7 +18,6 @@ class TempDirTest : public testing::Test {
     std::filesystem::path directory; // absolute
 
   private:
-    std::filesystem::path previous;
     int messageFile;    // takes what is written to standard error
     int terminalErrors; // the standard error of the whole run
 };

@@ -165,7 +165,6 @@ int TerminalTest::exitStatus() {
     return status.value_or(-1);
 }
 
-// Feeds the emulator until `done`; past the time limit the test fails for `complaint`.
 void TerminalTest::waitUntil(const std::function<bool()> &done, const std::string &complaint) {
     const auto deadline = std::chrono::steady_clock::now() + TIME_LIMIT;
     while (!done()) {

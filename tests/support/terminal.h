@@ -18,12 +18,12 @@
 
 class TerminalTest : public TempDirTest {
   protected:
-    // Makes the private root, "root" below the current directory, with the program and its data
-    // files and without a configuration; skips the test where it cannot be entered.
+    // Makes the private root with the program and its data files and without a configuration; skips
+    // the test where it cannot be entered.
     TerminalTest();
     ~TerminalTest() override; // ends the program if it still runs
 
-    // Starts the program in a new terminal; a program started earlier is ended.
+    // Starts a program in a new terminal; one that was started earlier is ended.
     void start(const Arguments &arguments = {}, const Settings &settings = {});
 
     // Sends keys one by one: a character, or "<Up>", "<Down>", "<Enter>", "<Esc>", "<Space>" or
@@ -37,20 +37,14 @@ class TerminalTest : public TempDirTest {
     void type(const std::string &bytes);
 
     void resize(unsigned short newLines, unsigned short newColumns);
-
-    // Takes the terminal away: the program reads an end of input.
-    void closeInput();
-
-    // Ends the program if it still runs.
-    void stop();
+    void closeInput(); // takes the terminal away: the program reads an end of input
+    void stop();       // ends the program if it still runs
+    bool ended();
+    int exitStatus(); // waits for the end; as a shell gives it
+    void settle(const std::string &cause);
 
     // Waits until `done`; past 30 s the test fails for `complaint`.
     void waitUntil(const std::function<bool()> &done, const std::string &complaint);
-
-    bool ended();
-
-    // Waits for the end of the program; its exit status as a shell gives it.
-    int exitStatus();
 
     // Rows `first` to `last`, each without the blanks at its end and with a line end. Bold text
     // stands in {b:}, reverse in {r:}, both in {br:}; line drawing is UTF-8.
@@ -67,8 +61,6 @@ class TerminalTest : public TempDirTest {
     std::string output;       // all bytes that the terminal got since start()
     pid_t program = 0;        // 0: none was started
     int slave = -1;           // the program's end of the terminal
-
-    void settle(const std::string &cause); // waits until the program rests
 
   private:
     void stage();

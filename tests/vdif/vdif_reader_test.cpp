@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "readers/cases.h"
+#include "vdif/vdif_scanner.h"
 
 static const std::string LIBRARY = samplePath("library.vda");
 
@@ -32,6 +33,24 @@ static std::string hex(std::string_view bytes) {
 }
 
 using VdifReaderTest = TempDirTest;
+
+TEST_F(VdifReaderTest, TokensEndAndValuesAreKeptAsTheirKindWants) {
+    expectCases("vdif-scanner.cases", [this](const std::string &kind, const std::string &text) {
+        std::string shown;
+        if (kind == "tokens") {
+            VdifScanner scanner{.text = text};
+            while (const auto token = nextToken(scanner))
+                shown.append(*token).append("|");
+            return shown;
+        }
+        for (const auto read : {readInt8, readInt16, readScaled16, readScaled32, readDate}) {
+            VdifScanner scanner{.text = text};
+            const VdifValue value = read(scanner);
+            shown += (shown.empty() ? "" : " ") + (value ? std::to_string(*value) : "none");
+        }
+        return shown + "\n" + messages();
+    });
+}
 
 // Every key once, each with a value of its own: the image shows where and how each is stored.
 TEST_F(VdifReaderTest, EveryFieldHasItsPlaceAndUnit) {
