@@ -6,22 +6,20 @@
 
 using ConfigFileTest = TempDirTest;
 
-static std::string located(const std::string &home) {
-    setenv("HOME", home.c_str(), 1);
-    return locateConfigFile().value_or("none");
-}
-
 TEST_F(ConfigFileTest, TheUsersFileComesBeforeTheSystems) {
+    const auto located = [](const std::string &home) {
+        setenv("HOME", home.c_str(), 1);
+        return locateConfigFile().value_or("none");
+    };
     EXPECT_EQ(located("home/"), "none");
     writeFile("etc/X11/Xconfig", "");
     EXPECT_EQ(located("home/"), "etc/X11/Xconfig");
     writeFile("home/.Xconfig", "");
     EXPECT_EQ(located("home/"), "home/.Xconfig");
-    std::string home = "home";
-    while (home.size() + std::string("/.Xconfig").size() < 255)
-        home.insert(0, "./");
-    EXPECT_EQ(located(home), home + "/.Xconfig");
-    EXPECT_EQ(located(home.insert(1, "/")), "etc/X11/Xconfig");
+    const std::string longest =
+        std::string(255 - std::string("home/.Xconfig").size(), '/') + "home";
+    EXPECT_EQ(located("." + longest.substr(1)), "." + longest.substr(1) + "/.Xconfig");
+    EXPECT_EQ(located("." + longest), "etc/X11/Xconfig");
     unsetenv("HOME");
     EXPECT_EQ(locateConfigFile(), "etc/X11/Xconfig");
 }

@@ -48,10 +48,6 @@ TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntryAndTheOtherKept
     currentPointer = new PointerDevice{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
     writeConfig();
     EXPECT_EQ(readFile(configPath), sampleFile("Xconfig.fast") + KEPT_SECTION);
-    *currentPointer = {nullptr, "", "Elo", 0, {}};
-    std::string lines;
-    writeGlobalLines(lines);
-    EXPECT_EQ(lines, "# LogFile /tmp/log\nMouse Elo\nOption \n\n\n\n");
 }
 
 // So many lines drops a text of another, or a save, with or without choices, of the old file.

@@ -5,9 +5,30 @@
 #include "edid/library_timings.h"
 #include "edid/vdif_writer.h"
 #include "readers/cases.h"
+#include "vdif/mode_timing.h"
 #include "vdif/vdif_reader.h"
 
 static constexpr const char *LIBRARY = SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
+
+// What `tools/make-edid monitor` writes.
+static EdidImage madeEdid(const std::string &monitor) {
+    const std::string edid = outputOf("'" SCRCONF_SOURCE_DIR "/tools/make-edid' " + monitor);
+    return {edid.begin(), edid.end()};
+}
+
+// True when a mode has the numbers of the timing, the pixels rounded up to a multiple of 8.
+static bool convertsBack(const ModeTiming &mode, const MonitorTiming &timing) {
+    const auto up = [](std::int64_t pixels) { return (pixels + 7) / 8 * 8; };
+    const TimingAxis &h = timing.horizontal, &v = timing.vertical;
+    const std::int64_t start = up(h.syncStart), end = up(start + h.syncEnd - h.syncStart);
+    const std::uint32_t flags = (timing.hSyncPositive ? MODE_PHSYNC : MODE_NHSYNC) |
+                                (timing.vSyncPositive ? MODE_PVSYNC : MODE_NVSYNC) |
+                                (timing.interlaced ? MODE_INTERLACE : 0);
+    return mode.clock == static_cast<float>(timing.clock) / 1000 && mode.flags == flags &&
+           mode.hDisplay == up(h.active) && mode.hSyncStart == start && mode.hSyncEnd == end &&
+           mode.hTotal == up(h.total) && mode.vDisplay == v.active &&
+           mode.vSyncStart == v.syncStart && mode.vSyncEnd == v.syncEnd && mode.vTotal == v.total;
+}
 
 // The EDID of a monitor with changes "<offset>=<byte> ..."; checksums that are not named are right.
 static EdidImage patched(const std::string &monitor, const std::string &changes) {

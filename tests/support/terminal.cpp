@@ -77,7 +77,8 @@ TerminalTest::~TerminalTest() { stop(); }
 void TerminalTest::stage() {
     if (access("/dev/pts/ptmx", F_OK) != 0 || access("/proc/self/stat", F_OK) != 0)
         GTEST_SKIP() << "a terminal takes /dev/pts and /proc";
-    if (!canEnterPrivateRoot())
+    std::filesystem::create_directories("root/proc/self");
+    if (runProgram({}).status != STATUS_NO_PROGRAM)
         GTEST_SKIP() << "no private root: " << readFile("errors");
     ASSERT_EQ(std::system(STAGE_COMMAND), 0) << messages();
 }

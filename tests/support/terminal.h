@@ -30,12 +30,8 @@ class TerminalTest : public TempDirTest {
     // "<Erase>" (control-H); "<Down*3>" three times.
     void press(std::string_view keys);
 
-    // Sends bytes all at once; the program may have ended, or end amid them.
-    void send(const std::string &bytes);
-
-    // Sends bytes without waiting for what becomes of them.
-    void type(const std::string &bytes);
-
+    void send(const std::string &bytes); // all at once; the program may end amid them
+    void type(const std::string &bytes); // does not wait for what becomes of them
     void resize(unsigned short newLines, unsigned short newColumns);
     void closeInput(); // takes the terminal away: the program reads an end of input
     void stop();       // ends the program if it still runs

@@ -7,8 +7,7 @@
 //     run, nobody [WORDS]   a run without a terminal, as root or as another user; a word
 //                           /usr/bin/... in front is the program
 //     press [KEYS]          as TerminalTest::press, and shows all rows; {b:bold}, {r:reverse}
-//     size LINES COLUMNS    of the next terminal
-//     resize LINES COLUMNS  of the present one, and shows all rows
+//     size, resize LINES COLUMNS    of the next terminal; of this one, and shows all rows
 //     errors terminal       from now on standard error goes to the terminal
 //     # ...                 comment
 // Where the program has ended its status and standard error are shown in the place of the rows.
@@ -66,8 +65,11 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
     std::string rest;
     if (command == "sh" || command == "press")
         std::getline(words >> std::ws, rest);
+    unsigned short height = 0, width = 0;
+    if (command == "size" || command == "resize")
+        words >> height >> width;
     if (command == "size")
-        words >> lines >> columns;
+        lines = height, columns = width;
     auto [settings, arguments] = divide(words);
     if (command == "sh")
         return outputOf("export SOURCE='" SCRCONF_SOURCE_DIR "'; cd root; exec 2>&1; " + rest);
@@ -85,8 +87,7 @@ std::string WalksTest::perform(const std::string &command, std::istringstream &w
     if (command == "press")
         press(rest);
     if (command == "resize")
-        resize(static_cast<unsigned short>(std::stoi(arguments.at(0))),
-               static_cast<unsigned short>(std::stoi(arguments.at(1))));
+        resize(height, width);
     if (command == "press" || command == "resize" || (command == "start" && ended()))
         return seen();
     return "";
