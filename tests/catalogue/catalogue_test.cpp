@@ -72,7 +72,7 @@ TEST_F(CatalogueTest, WhatCannotBeReadOrWrittenWholeLeavesTheDocument) {
     const auto failed = testing::ExitedWithCode(1);
     EXPECT_EXIT(writeHtmlCatalogue("/dev/full", MARKS), failed,
                 "^cannot write file /dev/full: No space left on device\n$");
-    std::filesystem::create_symlink("/proc/self/mem", "unreadable"); // its first byte is
+    std::filesystem::create_symlink("/proc/self/mem", "unreadable"); // byte 0 fails
     EXPECT_EXIT(updateMifCatalogue("unreadable", MARKS), failed,
                 "^cannot write file unreadable: Input/output error\n$");
     EXPECT_TRUE(std::filesystem::is_symlink("unreadable"));

@@ -4,7 +4,7 @@
 #include "config/config_lines.h"
 #include "config/dropped_lines.h"
 #include "config/pointer_line.h"
-#include "readers/cases.h"
+#include "support/cases.h"
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -50,7 +50,7 @@ TEST_F(ConfigWriterTest, AChangedSectionIsMadeFromTheDisplayEntryAndTheOtherKept
     EXPECT_EQ(readFile(configPath), sampleFile("Xconfig.fast") + KEPT_SECTION);
 }
 
-// So many lines drops a text of another, or a save, with or without choices, of the old file.
+// How many lines are lost from one text to another, or by a save with choices or without.
 TEST_F(ConfigWriterTest, EveryLineThatASaveDropsIsCountedAndTheOldFileKept) {
     PointerDevice chosen{nullptr, "", "Microsoft", 3, "/dev/ttyS0"};
     expectCases("dropped-lines.cases", [&](const std::string &kind, const std::string &text) {

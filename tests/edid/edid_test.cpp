@@ -4,7 +4,7 @@
 #include "edid/edid_decoder.h"
 #include "edid/library_timings.h"
 #include "edid/vdif_writer.h"
-#include "readers/cases.h"
+#include "support/cases.h"
 #include "vdif/mode_timing.h"
 #include "vdif/vdif_reader.h"
 

@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <sanitizer/allocator_interface.h>
+#include <sstream>
 #include <utility>
 
 #include "base/lasting_memory.h"

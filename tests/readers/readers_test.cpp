@@ -1,6 +1,6 @@
-// What the readers of hardware data and configurations make of their files, as texts. The files are
-// pairs of tests/data, "MouseInfo" and "MouseInfo.read", cases, and the examples of the manual
-// pages.
+// What the readers of hardware data and configurations make of their files, as texts: of pairs in
+// tests/data such as "MouseInfo" and "MouseInfo.read", of cases and of the manual's examples.
+#include <functional>
 #include <map>
 #include <regex>
 
@@ -10,7 +10,7 @@
 #include "config/config_writer.h"
 #include "config/pointer_line.h"
 #include "frame/numbered_list.h"
-#include "readers/cases.h"
+#include "support/cases.h"
 #include "vdif/vdif_reader.h"
 
 static const std::string LONG_CLASS(250, 'c');

@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-using Arguments = std::vector<std::string>; // of scrconf, or behind another program's path
-using Settings = std::vector<std::string>;  // "NAME=value"
+// Words "NAME=value" are settings of the environment. The others are arguments of scrconf, or of
+// the program of /usr/bin that the first of them names.
+using Words = std::vector<std::string>;
 
 inline constexpr int STATUS_NO_PROGRAM = 127; // of chroot and unshare
 
@@ -19,14 +20,13 @@ struct RunResult {
 };
 
 // Runs a program without a terminal and with no input; after 30 s SIGALRM ends it. Its output goes
-// through the files "output" and "errors" in the current directory; what stands there as a link
-// that leads nowhere is closed.
-RunResult runProgram(const Arguments &arguments, const Settings &settings = {},
-                     User user = User::ROOT);
+// through the files "output" and "errors" in the current directory; where a name there is a link
+// into a missing folder, the descriptor is closed. STATUS_NO_PROGRAM: the root holds none.
+RunResult runProgram(const Words &words, User user = User::ROOT);
 
-// Turns a child process into the program, its descriptors as they are. Beside `settings` its
+// Turns a child process into the program, its descriptors as they are. Beside its settings its
 // environment is TERM, LANG, HOME and the sanitizers' options; nothing is inherited.
-[[noreturn]] void executeProgram(const Arguments &arguments, const Settings &settings, User user);
+[[noreturn]] void executeProgram(const Words &words, User user);
 
 // The exit status of a wait status, as a shell gives it.
 int shellStatus(int waitStatus);

@@ -21,7 +21,8 @@ TempDirTest::~TempDirTest() {
     close(terminalErrors);
     close(messageFile);
     fs::current_path("/");
-    fs::remove_all(directory);
+    std::error_code stillWritten; // by a process that a browser has left
+    fs::remove_all(directory, stillWritten);
 }
 
 std::string TempDirTest::messages() {

@@ -70,20 +70,21 @@ static std::string rowText(VTermScreen *display, int row, int columns) {
     return text.erase(text.find_last_not_of(' ') + 1);
 }
 
-TerminalTest::TerminalTest() { stage(); }
+TerminalTest::TerminalTest() {
+    const auto stage = [this] {
+        if (access("/dev/pts/ptmx", F_OK) != 0 || access("/proc/self/stat", F_OK) != 0)
+            GTEST_SKIP() << "a terminal takes /dev/pts and /proc";
+        std::filesystem::create_directories("root/proc/self");
+        if (runProgram({}).status != STATUS_NO_PROGRAM) // which tells that the root was entered
+            GTEST_SKIP() << "no private root: " << readFile("errors");
+        ASSERT_EQ(std::system(STAGE_COMMAND), 0) << messages();
+    };
+    stage();
+}
 
 TerminalTest::~TerminalTest() { stop(); }
 
-void TerminalTest::stage() {
-    if (access("/dev/pts/ptmx", F_OK) != 0 || access("/proc/self/stat", F_OK) != 0)
-        GTEST_SKIP() << "a terminal takes /dev/pts and /proc";
-    std::filesystem::create_directories("root/proc/self");
-    if (runProgram({}).status != STATUS_NO_PROGRAM)
-        GTEST_SKIP() << "no private root: " << readFile("errors");
-    ASSERT_EQ(std::system(STAGE_COMMAND), 0) << messages();
-}
-
-void TerminalTest::start(const Arguments &arguments, const Settings &settings) {
+void TerminalTest::start(const Words &words) {
     stop();
     emulator.reset(vterm_new(lines, columns));
     vterm_set_utf8(emulator.get(), 1);
@@ -101,7 +102,7 @@ void TerminalTest::start(const Arguments &arguments, const Settings &settings) {
         std::signal(SIGHUP, hangsUp ? SIG_DFL : SIG_IGN);
         for (const int number : {SIGINT, SIGQUIT})
             std::signal(number, SIG_DFL); // a shell's background job ignores them
-        executeProgram(arguments, settings, User::ROOT);
+        executeProgram(words, User::ROOT);
     }
     settle("the start");
 }

@@ -24,7 +24,7 @@ class TerminalTest : public TempDirTest {
     ~TerminalTest() override; // ends the program if it still runs
 
     // Starts a program in a new terminal; one that was started earlier is ended.
-    void start(const Arguments &arguments = {}, const Settings &settings = {});
+    void start(const Words &words = {});
 
     // Sends keys one by one: a character, or "<Up>", "<Down>", "<Enter>", "<Esc>", "<Space>" or
     // "<Erase>" (control-H); "<Down*3>" three times.
@@ -59,7 +59,6 @@ class TerminalTest : public TempDirTest {
     int slave = -1;           // the program's end of the terminal
 
   private:
-    void stage();
     bool feed(int wait);
 
     std::unique_ptr<VTerm, decltype(&vterm_free)> emulator{nullptr, vterm_free};

@@ -1,5 +1,6 @@
 // The catalogue page in a browser.
 #include <algorithm>
+#include <cstdlib>
 
 #include "support/terminal.h"
 

@@ -4,7 +4,7 @@
 #include <iomanip>
 #include <regex>
 
-#include "readers/cases.h"
+#include "support/cases.h"
 #include "vdif/vdif_scanner.h"
 
 static const std::string LIBRARY = samplePath("library.vda");

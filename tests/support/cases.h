@@ -14,7 +14,7 @@ inline std::string unpacked(const std::string &line) {
     for (std::size_t at = 0; at < line.size(); at++) {
         const std::size_t end = line[at] == '{' ? line.find('}', at + 3) : 0;
         if (line[at] == '\\')
-            text += bytes[letters.find(line[++at])];
+            text += bytes.at(letters.find(line[++at]));
         else if (end == 0)
             text += line[at];
         else
