@@ -37,6 +37,7 @@ struct EntryReader {
     ListBuilder<VideoMode> modes;
     bool inModes = false;
     bool dropExtraLines = false; // those of a mode that was not made
+    ~EntryReader() { FreeRecords()(modes.head); }
 };
 
 // Stores the next integers of the text in these fields; false when there are not as many, and the
@@ -226,7 +227,7 @@ ModeList readDisplayEntry(CardEntry &card) {
         readEntryLine(entry, line);
     settleExtraLines(entry);
     clearExtraLines();
-    return ModeList(entry.modes.head);
+    return ModeList(std::exchange(entry.modes.head, nullptr));
 }
 
 std::vector<VideoMode *> selectedModes(const ModeList &modes, const std::vector<int> &selection) {

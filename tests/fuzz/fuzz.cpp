@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <regex>
 #include <sanitizer/allocator_interface.h>
-#include <sstream>
 #include <utility>
 
 #include "base/lasting_memory.h"
@@ -24,6 +24,7 @@
 #include "edid/vdif_writer.h"
 #include "hwdb/card_list.h"
 #include "hwdb/display_entry.h"
+#include "hwdb/extra_lines.h"
 #include "hwdb/pointer_devices.h"
 #include "support/edid.h"
 #include "support/files.h"
@@ -42,7 +43,6 @@ static void require(bool held, const char *rule) {
 }
 
 // All messages, so that the linker has no need of the program's.
-
 struct FatalError {}; // where a target does not expect it, it is a fault
 
 void showMessage(const char *format, ...) {
@@ -94,6 +94,7 @@ static void checkDisplayEntry(std::string_view input) {
         try {
             modes = readDisplayEntry(card);
         } catch (const FatalError &) {
+            clearExtraLines();
         }
     };
     readAs(displayConfigPath(card.cardClass), input, read);
@@ -110,13 +111,16 @@ static std::string rewriteSettings(std::string_view text) {
     return written;
 }
 
+// A slot without a value is free for the next line of its keyword.
+static std::string linesWithValue(const std::string &text) {
+    return std::regex_replace(text, std::regex("[^\n]* \n"), "");
+}
+
 static void checkConfigLines(std::string_view input) {
     const std::string written = rewriteSettings(input);
-    std::istringstream lines(written);
-    bool whole = true; // a longer line is read in pieces
-    for (std::string line; std::getline(lines, line);)
-        whole = whole && line.size() < CONFIG_PIECE_MAX;
-    require(!whole || rewriteSettings(written) == written, "what is written is read again");
+    if (written.size() < CONFIG_PIECE_MAX) // no line of it is read in pieces
+        require(linesWithValue(rewriteSettings(written)) == linesWithValue(written),
+                "what is written is read again");
 }
 
 static void readScreens() {
