@@ -14,12 +14,15 @@
 namespace fs = std::filesystem;
 using ReplaceFileTest = TempDirTest;
 
-// Puts a new file in the place of the one at the path.
-static Replaced replace(const fs::path &path) {
+// Puts a new file in the place of the one at the path. `intruder` takes the new file's name amid
+// it.
+static Replaced replace(const fs::path &path, const char *intruder = nullptr) {
     const auto place = openPlace(path);
     const FilePlace newPlace = besidePlace(*place, ".new");
     File file = createNewFile(newPlace);
     writeText(file.get(), "new text");
+    if (intruder)
+        fs::rename(intruder, newPlace.path);
     return replaceFile(std::move(file), newPlace, *place, openForReading(*place).get());
 }
 
@@ -67,6 +70,13 @@ TEST_F(ReplaceFileTest, ARegularFileGivesItsAttributesToTheNewOne) {
     EXPECT_EQ(bitsOfNew("link"), "640 ");
     EXPECT_FALSE(fs::is_symlink("link"));
     umask(usual);
+}
+
+TEST_F(ReplaceFileTest, WhatSomebodyHasPutThereIsNeitherMovedNorRemoved) {
+    writeFile("old", "old text");
+    writeFile("intruder", "intruder");
+    EXPECT_EQ(replace("old", "intruder"), Replaced::No);
+    EXPECT_EQ(readFile("old") + readFile("old.new"), "old textintruder");
     ASSERT_EQ(mkfifo("fifo", 0600), 0); // to open it would block for ever
     EXPECT_EQ(replace("fifo"), Replaced::No);
     EXPECT_TRUE(fs::is_fifo("fifo"));

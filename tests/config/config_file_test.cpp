@@ -16,8 +16,7 @@ TEST_F(ConfigFileTest, TheUsersFileComesBeforeTheSystems) {
     EXPECT_EQ(located("home/"), "etc/X11/Xconfig");
     writeFile("home/.Xconfig", "");
     EXPECT_EQ(located("home/"), "home/.Xconfig");
-    const std::string longest =
-        std::string(255 - std::string("home/.Xconfig").size(), '/') + "home";
+    const std::string longest = std::string(242, '/') + "home"; // 255 bytes with "/.Xconfig"
     EXPECT_EQ(located("." + longest.substr(1)), "." + longest.substr(1) + "/.Xconfig");
     EXPECT_EQ(located("." + longest), "etc/X11/Xconfig");
     unsetenv("HOME");

@@ -111,15 +111,12 @@ static std::string rewriteSettings(std::string_view text) {
     return written;
 }
 
-// A slot without a value is free for the next line of its keyword.
-static std::string linesWithValue(const std::string &text) {
-    return std::regex_replace(text, std::regex("[^\n]* \n"), "");
-}
-
 static void checkConfigLines(std::string_view input) {
+    static const std::regex withoutValue("[^\n]* \n"); // free for the next line of its keyword
     const std::string written = rewriteSettings(input);
     if (written.size() < CONFIG_PIECE_MAX) // no line of it is read in pieces
-        require(linesWithValue(rewriteSettings(written)) == linesWithValue(written),
+        require(std::regex_replace(rewriteSettings(written), withoutValue, "") ==
+                    std::regex_replace(written, withoutValue, ""),
                 "what is written is read again");
 }
 

@@ -4,16 +4,14 @@
 #include <fstream>
 #include <iterator>
 
-namespace fs = std::filesystem;
-
-void writeFile(const fs::path &path, std::string_view text) {
+void writeFile(const std::filesystem::path &path, std::string_view text) {
     if (path.has_parent_path())
-        fs::create_directories(path.parent_path());
+        std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << text;
 }
 
-std::string readFile(const fs::path &path) {
-    if (!fs::is_regular_file(path))
+std::string readFile(const std::filesystem::path &path) {
+    if (!std::filesystem::is_regular_file(path))
         return "";
     std::ifstream stream(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};

@@ -5,12 +5,10 @@
 
 #include <cstdlib>
 
-namespace fs = std::filesystem;
-
 TempDirTest::TempDirTest() {
-    std::string name = (fs::temp_directory_path() / "scrconf-test-XXXXXX").string();
+    std::string name = (std::filesystem::temp_directory_path() / "scrconf-test-XXXXXX").string();
     directory = mkdtemp(name.data());
-    fs::current_path(directory);
+    std::filesystem::current_path(directory);
     terminalErrors = dup(STDERR_FILENO);
     messageFile = open(".", O_TMPFILE | O_RDWR | O_APPEND, 0600);
     dup2(messageFile, STDERR_FILENO);
@@ -20,9 +18,9 @@ TempDirTest::~TempDirTest() {
     dup2(terminalErrors, STDERR_FILENO);
     close(terminalErrors);
     close(messageFile);
-    fs::current_path("/");
+    std::filesystem::current_path("/");
     std::error_code stillWritten; // by a process that a browser has left
-    fs::remove_all(directory, stillWritten);
+    std::filesystem::remove_all(directory, stillWritten);
 }
 
 std::string TempDirTest::messages() {

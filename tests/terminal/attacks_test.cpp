@@ -15,7 +15,6 @@
 #include <cstring>
 #include <random>
 #include <string_view>
-#include <tuple>
 
 #include "support/terminal.h"
 
@@ -54,7 +53,7 @@ struct OtherUserTest : AttacksTest {
     }
     // Does `work` while nobody, the owner of "home", does `act` in the root's folder at the first
     // event of this kind on a name in `folder` that begins with `name`.
-    void attack(const char *folder, std::uint32_t kind, const char *name, void (*act)(),
+    void attack(const char *folder, std::uint32_t kind, const char *name, void (*act)() noexcept,
                 const auto &work) {
         ASSERT_EQ(outputOf("chown -R 65534:65534 root/home 2>&1"), "");
         const int watch = inotify_init();
@@ -82,9 +81,9 @@ TEST_F(OtherUserTest, AFolderThatIsSwappedAmidTheSave) {
     for (int n = 0; n < TRIES; n++) {
         fs::remove_all(home);
         writeFile(home / "x11/Xconfig", "Driver nobody's\n");
-        const auto swap = [] {
+        const auto swap = []() noexcept {
             rename("home/x11", "home/mine");
-            std::ignore = symlink("/etc/X11", "home/x11");
+            fs::create_symlink("/etc/X11", "home/x11");
         };
         attack("etc/X11", IN_CREATE, "Xconfig.tmp", swap, [&] { save({"/home/x11/Xconfig"}); });
         ASSERT_TRUE(fs::is_symlink(home / "x11"));
@@ -98,7 +97,7 @@ TEST_F(OtherUserTest, ADocumentWhoseNewVersionIsSwapped) {
         fs::remove_all(home);
         writeFile(secret, "root's");
         writeFile(home / "document", std::string(100'000, '\n'));
-        const auto swap = [] {
+        const auto swap = []() noexcept {
             for (const auto &file : fs::directory_iterator("home"))
                 if (file.path().filename().string().starts_with("document."))
                     rename("home/trap", file.path().c_str());

@@ -22,8 +22,7 @@ using PageTest = TerminalTest;
 TEST_F(PageTest, ABrowserShowsARowPerCardWithItsMarks) {
     if (std::system("command -v chromium >/dev/null") != 0)
         GTEST_SKIP() << "chromium is not installed";
-    const RunResult run = runProgram({"-lh", "/tmp/page.html"});
-    const int cards = std::stoi(run.output);
+    const int cards = std::stoi(runProgram({"-lh", "/tmp/page.html"}).output);
     const int marks = std::stoi(outputOf("grep -o check.xbm root/tmp/page.html | wc -l"));
     EXPECT_GT(marks, cards);
     std::filesystem::copy(SCRCONF_SOURCE_DIR "/data/images", root / "images");

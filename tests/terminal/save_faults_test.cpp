@@ -39,8 +39,7 @@ struct SaveFaultsTest : TerminalTest {
     // Removes what saves have kept of the file, which must be the old one.
     static void removeKept(const fs::path &file) {
         fs::path kept;
-        for (int n = 1; kept = file.string() + ".~" + std::to_string(n) + "~", fs::exists(kept);
-             n++) {
+        for (int n = 1; fs::exists(kept = file.string() + ".~" + std::to_string(n) + "~"); n++) {
             EXPECT_EQ(readFile(kept), OLD_TEXT) << kept;
             fs::remove(kept);
         }
