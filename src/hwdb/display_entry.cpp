@@ -37,6 +37,7 @@ struct EntryReader {
     ListBuilder<VideoMode> modes;
     bool inModes = false;
     bool dropExtraLines = false; // those of a mode that was not made
+    // Releases the modes that nobody took over.
     ~EntryReader() { FreeRecords()(modes.head); }
 };
 

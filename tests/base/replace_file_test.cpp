@@ -14,8 +14,7 @@
 namespace fs = std::filesystem;
 using ReplaceFileTest = TempDirTest;
 
-// Puts a new file in the place of the one at the path. `intruder` takes the new file's name amid
-// it.
+// Replaces the file at the path by a new one, whose name `intruder` takes meanwhile.
 static Replaced replace(const fs::path &path, const char *intruder = nullptr) {
     const auto place = openPlace(path);
     const FilePlace newPlace = besidePlace(*place, ".new");

@@ -8,8 +8,6 @@
 #include "vdif/mode_timing.h"
 #include "vdif/vdif_reader.h"
 
-static constexpr const char *LIBRARY = SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
-
 // What `tools/make-edid monitor` writes.
 static EdidImage madeEdid(const std::string &monitor) {
     const std::string edid = outputOf("'" SCRCONF_SOURCE_DIR "/tools/make-edid' " + monitor);
@@ -48,7 +46,7 @@ static EdidImage patched(const std::string &monitor, const std::string &changes)
 struct EdidTest : TempDirTest {
     void SetUp() override { // process-wide: each case starts empty
         defaultDescription.reset();
-        loadMonitorDescriptions(LIBRARY, nullptr);
+        loadMonitorDescriptions(TIMING_LIBRARY, nullptr);
     }
     // scrconf takes every file without a message.
     void TearDown() override { EXPECT_EQ(messages(), ""); }
@@ -60,7 +58,7 @@ struct EdidTest : TempDirTest {
         const std::string text = vdifText(edid);
         writeFile("monitor", text);
         if (!text.empty())
-            loadMonitorDescriptions(LIBRARY, "monitor");
+            loadMonitorDescriptions(TIMING_LIBRARY, "monitor");
         return text;
     }
     // What becomes of a changed monitor, see the file edid.cases.

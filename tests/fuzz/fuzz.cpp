@@ -33,7 +33,6 @@
 // A record is larger than the shortest line that makes one, so much at most.
 static constexpr std::size_t MEMORY_PER_BYTE = 64;
 static constexpr std::size_t MEMORY_ALWAYS = 32768; // bytes, whatever the input
-static constexpr const char *LIBRARY = SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
 
 static void require(bool held, const char *rule) {
     if (held)
@@ -177,12 +176,12 @@ static void checkMifDocument(std::string_view input) {
 // Reads a monitor file beside the library, whose strings alone stay from one file to the next.
 static void readMonitor(std::string_view text) {
     static const std::size_t libraryStrings = [] {
-        loadMonitorDescriptions(LIBRARY, nullptr);
+        loadMonitorDescriptions(TIMING_LIBRARY, nullptr);
         return stringPool.size();
     }();
     stringPool.resize(libraryStrings);
     stringPool.shrink_to_fit();
-    readAs("monitor", text, [] { loadMonitorDescriptions(LIBRARY, "monitor"); });
+    readAs("monitor", text, [] { loadMonitorDescriptions(TIMING_LIBRARY, "monitor"); });
 }
 
 static void checkMonitorFile(std::string_view input) {

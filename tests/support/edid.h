@@ -1,9 +1,13 @@
-// EDIDs of monitors that were made up.
+// EDIDs of monitors that were made up, and the timings of makers beside them.
 #pragma once
 
 #include <cstdint>
 #include <numeric>
 #include <vector>
+
+// The library that is installed.
+inline constexpr const char *TIMING_LIBRARY =
+    SCRCONF_SOURCE_DIR "/data/Korvel/MonitorConfig/timings.vda";
 
 using EdidImage = std::vector<std::uint8_t>;
 

@@ -54,7 +54,6 @@ class TerminalTest : public TempDirTest {
     unsigned short lines = 24, columns = 80; // size of the terminal that start() makes
     bool hangsUp = false;     // the program gets SIGHUP; else it is ignored, as under nohup
     bool errorsToFile = true; // standard error goes to the file "errors", not to the terminal
-    std::string output;       // all bytes that the terminal got since start()
     pid_t program = 0;        // 0: none was started
     int slave = -1;           // the program's end of the terminal
 
@@ -63,5 +62,6 @@ class TerminalTest : public TempDirTest {
 
     std::unique_ptr<VTerm, decltype(&vterm_free)> emulator{nullptr, vterm_free};
     int master = -1;
+    std::string output;        // all bytes that the terminal got since start()
     std::optional<int> status; // set once the program has ended
 };

@@ -15,8 +15,8 @@
 // also behind "start", its status and errors. Each walk goes through terminals of three types,
 // unless a TERM of its own comes first; whatever is shown survives that they shrink to nothing.
 // SCRCONF_WALKS=update in the environment writes down what is shown now, of the type run last.
-#include <algorithm>
 #include <cstdlib>
+#include <set>
 #include <sstream>
 
 #include "support/terminal.h"
@@ -108,13 +108,13 @@ TEST_P(WalksTest, ShowsWhatIsWrittenThere) {
 }
 
 // Each walk and the terminals that it goes through.
-static std::vector<std::tuple<std::string, std::string>> allWalks() {
-    std::vector<std::tuple<std::string, std::string>> walks;
+static std::set<std::tuple<std::string, std::string>> allWalks() {
+    std::set<std::tuple<std::string, std::string>> walks;
     for (const fs::path &path : fs::directory_iterator(WALKS))
         for (const char *type : {"xterm", "linux", "vt100"})
             if (type == std::string_view("xterm") ||
                 readFile(path).find("\nstart") != std::string::npos)
-                walks.emplace_back(path.stem(), type);
+                walks.emplace(path.stem(), type);
     return walks;
 }
 
